@@ -1,0 +1,17 @@
+# JNI headers: the NDK's sysroot has them on Android; on the host they come from
+# the JDK (only the headers: the library never links against a virtual machine).
+set(SCRIM_JNI_INCLUDE_DIRS "")
+if(NOT ANDROID)
+  set(_jdk_hints "")
+  if(DEFINED ENV{JAVA_HOME})
+    list(APPEND _jdk_hints "$ENV{JAVA_HOME}")
+  endif()
+  file(GLOB _jvm_dirs /usr/lib/jvm/java-17-openjdk-*)
+  list(APPEND _jdk_hints ${_jvm_dirs})
+  find_path(SCRIM_JNI_H jni.h PATHS ${_jdk_hints} PATH_SUFFIXES include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT SCRIM_JNI_H)
+    message(FATAL_ERROR "jni.h not found: install openjdk-17-jdk-headless (scripts/setup does)")
+  endif()
+  get_filename_component(SCRIM_JDK_HOME "${SCRIM_JNI_H}" DIRECTORY)
+  set(SCRIM_JNI_INCLUDE_DIRS "${SCRIM_JNI_H}" "${SCRIM_JNI_H}/linux")
+endif()

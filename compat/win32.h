@@ -1,0 +1,146 @@
+// The Win32-style programming interface on POSIX threads: types and functions
+// under their Win32 names, exported unmangled so that code written against that
+// interface links unchanged on Linux and Android.
+#pragma once
+
+#include <pthread.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifndef SCRIM_API
+#define SCRIM_API __attribute__((visibility("default")))
+#endif
+
+// Integer widths of the interface on this 64-bit target; part of every exported signature.
+typedef unsigned long DWORD;
+typedef long LONG;
+typedef int BOOL;
+typedef unsigned int UINT;
+typedef void* LPVOID;
+typedef void* HWND;
+typedef void* HINSTANCE;
+typedef void* HMODULE;
+typedef long LRESULT;
+typedef unsigned long WPARAM;
+typedef long LPARAM;
+typedef long HRESULT;
+
+class CLinuxSyncObject;
+typedef CLinuxSyncObject* HANDLE;
+
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
+
+// Data1 is 64 bits wide here (the platform's unsigned long); only its low 32
+// bits are ever used. 20 bytes of content in 24 bytes of storage.
+struct _GUID {
+  unsigned long Data1;
+  unsigned short Data2;
+  unsigned short Data3;
+  unsigned char Data4[8];
+};
+typedef _GUID GUID;
+typedef _GUID IID;
+
+struct RECT {
+  LONG left;
+  LONG top;
+  LONG right;   // exclusive
+  LONG bottom;  // exclusive
+};
+typedef RECT* LPRECT;
+
+struct POINT {
+  LONG x;
+  LONG y;
+};
+
+// A recursive mutex and the attribute object it was made with, kept alive together.
+struct CRITICAL_SECTION {
+  pthread_mutex_t mutex;
+  pthread_mutexattr_t attr;
+};
+typedef CRITICAL_SECTION* LPCRITICAL_SECTION;
+
+extern "C" {
+SCRIM_API void InitializeCriticalSection(CRITICAL_SECTION* cs);
+SCRIM_API void EnterCriticalSection(CRITICAL_SECTION* cs);
+SCRIM_API BOOL TryEnterCriticalSection(CRITICAL_SECTION* cs);
+SCRIM_API void LeaveCriticalSection(CRITICAL_SECTION* cs);
+SCRIM_API void DeleteCriticalSection(CRITICAL_SECTION* cs);
+
+SCRIM_API LONG InterlockedIncrement(LONG* p);
+SCRIM_API LONG InterlockedDecrement(LONG* p);
+SCRIM_API LONG InterlockedExchange(LONG* p, LONG value);
+SCRIM_API LONG InterlockedExchangeAdd(LONG* p, LONG value);
+
+SCRIM_API BOOL SetRect(RECT* r, int left, int top, int right, int bottom);
+SCRIM_API BOOL OffsetRect(RECT* r, int dx, int dy);
+SCRIM_API BOOL IsRectEmpty(const RECT* r);
+SCRIM_API BOOL EqualRect(const RECT* a, const RECT* b);
+SCRIM_API BOOL PtInRect(const RECT* r, POINT pt);
+SCRIM_API BOOL IntersectRect(RECT* dst, const RECT* a, const RECT* b);
+SCRIM_API BOOL UnionRect(RECT* dst, const RECT* a, const RECT* b);
+
+SCRIM_API DWORD timeGetTime(void);
+SCRIM_API DWORD GetTickCount(void);
+SCRIM_API void Sleep(DWORD ms);
+
+SCRIM_API void ZeroMemory(void* dst, UINT len);
+SCRIM_API DWORD GetLastError(void);
+SCRIM_API BOOL IsEqualGUID(const _GUID& a, const _GUID& b);
+SCRIM_API void* LocalAlloc(UINT flags, UINT bytes);
+SCRIM_API void* LocalFree(void* p);
+SCRIM_API char* itoa(int value, char* buf, UINT radix);
+
+// Inert stubs: they exist so that code written for Win32 links.
+SCRIM_API void OutputDebugString(const char* text);
+SCRIM_API void PostQuitMessage(int exitCode);
+SCRIM_API LRESULT SendMessage(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam);
+SCRIM_API LONG GetWindowLong(HWND hwnd, int index);
+SCRIM_API LONG SetWindowLong(HWND hwnd, int index, LONG value);
+SCRIM_API LRESULT DefWindowProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam);
+SCRIM_API void* LoadCursor(HINSTANCE instance, const char* name);
+SCRIM_API HMODULE GetModuleHandle(const char* name);
+SCRIM_API void* GetStockObject(int object);
+SCRIM_API UINT RegisterClass(const void* wndClass);
+SCRIM_API BOOL GetWindowRect(HWND hwnd, RECT* rect);
+SCRIM_API int GetSystemMetrics(int index);
+SCRIM_API BOOL GetProcessTimes(HANDLE process, void* creation, void* exit, void* kernel, void* user);
+SCRIM_API BOOL GetThreadTimes(HANDLE thread, void* creation, void* exit, void* kernel, void* user);
+SCRIM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int wideCount, char* multi,
+                                  int multiCount, const char* defaultChar, BOOL* usedDefault);
+SCRIM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* multi, int multiCount, wchar_t* wide,
+                                  int wideCount);
+SCRIM_API HRESULT CoInitialize(void* reserved);
+SCRIM_API HRESULT CoInitializeEx(void* reserved, DWORD coInit);
+SCRIM_API void CoUninitialize(void);
+SCRIM_API BOOL ShowWindow(HWND hwnd, int cmdShow);
+SCRIM_API BOOL TranslateMessage(const void* msg);
+SCRIM_API LRESULT DispatchMessage(const void* msg);
+SCRIM_API BOOL SetWindowPos(HWND hwnd, HWND after, int x, int y, int cx, int cy, UINT flags);
+SCRIM_API BOOL PostMessage(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam);
+SCRIM_API BOOL GetVolumeInformation(const char* root, char* name, DWORD nameSize, DWORD* serial,
+                                    DWORD* maxComponent, DWORD* flags, char* fsName, DWORD fsNameSize);
+SCRIM_API HWND CreateWindow(const char* className, const char* windowName, DWORD style, int x, int y,
+                            int width, int height, HWND parent, void* menu, HINSTANCE instance, void* param);
+}
+
+// GUIDs compare as four 32-bit words: the last four bytes of Data4 never take part.
+SCRIM_API bool operator==(const _GUID& a, const _GUID& b);
+SCRIM_API bool operator!=(const _GUID& a, const _GUID& b);
+
+// A critical section with the lifetime of the object.
+class SCRIM_API CCRITCALSECTION {
+ public:
+  CCRITCALSECTION();
+  virtual ~CCRITCALSECTION();
+  CCRITCALSECTION(const CCRITCALSECTION&) = delete;
+  CCRITCALSECTION& operator=(const CCRITCALSECTION&) = delete;
+
+  CRITICAL_SECTION m_cs;
+};
