@@ -1,0 +1,205 @@
+// Reference counting and interface lookup, the interface identifiers, the
+// version notice, the aligned allocator and the logger's filter.
+#include <gtest/gtest.h>
+#include <stdarg.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+
+#include "host_log.h"
+#include "presenter/kv_unknown.h"
+#include "presenter/scrim_log.h"
+#include "presenter/scrim_memory.h"
+#include "presenter/scrim_presenter.h"
+
+namespace {
+
+class Counted : public CKvUnknown {
+ public:
+  explicit Counted(int* destroyed) : destroyed_(destroyed) {}
+  ~Counted() override { ++*destroyed_; }
+  long Count() const { return m_cRef; }
+  IKvNonDelegatingUnknown* Outer() const { return m_pUnknown; }
+
+ private:
+  int* destroyed_;
+};
+
+// Parses "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX" the way the identifiers are written down.
+_GUID ParseGuid(const char* text) {
+  unsigned d1, d2, d3, b[8];
+  EXPECT_EQ(11, sscanf(text, "%8x-%4x-%4x-%2x%2x-%2x%2x%2x%2x%2x%2x", &d1, &d2, &d3, &b[0], &b[1], &b[2],
+                       &b[3], &b[4], &b[5], &b[6], &b[7]));
+  _GUID g{};
+  g.Data1 = d1;
+  g.Data2 = static_cast<unsigned short>(d2);
+  g.Data3 = static_cast<unsigned short>(d3);
+  for (int i = 0; i < 8; ++i) g.Data4[i] = static_cast<unsigned char>(b[i]);
+  return g;
+}
+
+void ExpectSameGuid(const _GUID& expected, const _GUID& actual) {
+  EXPECT_EQ(expected.Data1, actual.Data1);
+  EXPECT_EQ(expected.Data2, actual.Data2);
+  EXPECT_EQ(expected.Data3, actual.Data3);
+  EXPECT_EQ(0, memcmp(expected.Data4, actual.Data4, 8));
+}
+
+void Log(int level, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  ScrimLogWrite(level, format, args);
+  va_end(args);
+}
+
+}  // namespace
+
+TEST(KvUnknown, StartsWithOneReferenceAndDiesAtZero) {
+  int destroyed = 0;
+  Counted* c = new Counted(&destroyed);
+  EXPECT_EQ(1, c->Count());
+  EXPECT_EQ(static_cast<IKvNonDelegatingUnknown*>(c), c->Outer());
+  EXPECT_EQ(2, c->NonDelegatingAddRef());
+  EXPECT_EQ(3, c->NonDelegatingAddRef());
+  EXPECT_EQ(2, c->NonDelegatingRelease());
+  EXPECT_EQ(1, c->NonDelegatingRelease());
+  EXPECT_EQ(0, destroyed);
+  EXPECT_EQ(0, c->NonDelegatingRelease());
+  EXPECT_EQ(1, destroyed);
+}
+
+TEST(KvUnknown, LookupAnswersOnlyItsOwnUnknown) {
+  int destroyed = 0;
+  Counted* c = new Counted(&destroyed);
+  EXPECT_EQ(KV_E_POINTER, c->NonDelegatingQueryInterface(IID_IUnknown, nullptr));
+
+  void* sentinel = reinterpret_cast<void*>(0x5a5a);
+  void* out = sentinel;
+  for (const _GUID* other : {&IID_IKvVideoPresenter, &IID_IKvVideoPresenterAdv, &IID_IKvVideoPresenterStream,
+                             &IID_IKvVideoPresenterAnimation, &IID_IKvFont}) {
+    EXPECT_EQ(KV_E_NOINTERFACE, c->NonDelegatingQueryInterface(*other, &out));
+    EXPECT_EQ(sentinel, out);
+  }
+  EXPECT_EQ(1, c->Count());
+
+  EXPECT_EQ(KV_S_OK, c->NonDelegatingQueryInterface(IID_IUnknown, &out));
+  EXPECT_EQ(static_cast<void*>(static_cast<IKvNonDelegatingUnknown*>(c)), out);
+  EXPECT_EQ(2, c->Count());
+  // What was handed out works as an IUnknown: its slots are the non-delegating ones.
+  IUnknown* unknown = static_cast<IUnknown*>(out);
+  EXPECT_EQ(3, unknown->AddRef());
+  EXPECT_EQ(2, unknown->Release());
+  EXPECT_EQ(1, unknown->Release());
+  EXPECT_EQ(0, unknown->Release());
+  EXPECT_EQ(1, destroyed);
+}
+
+TEST(KvUnknown, LookupComparesOnlyTheFirstSixteenBytes) {
+  int destroyed = 0;
+  Counted* c = new Counted(&destroyed);
+  void* out = nullptr;
+  _GUID id = IID_IUnknown;
+  id.Data4[4] ^= 0xFF;
+  id.Data4[7] ^= 0x01;
+  EXPECT_EQ(KV_S_OK, c->NonDelegatingQueryInterface(id, &out));
+  id = IID_IUnknown;
+  id.Data4[3] ^= 0x01;
+  EXPECT_EQ(KV_E_NOINTERFACE, c->NonDelegatingQueryInterface(id, &out));
+  EXPECT_EQ(1, c->NonDelegatingRelease());
+  EXPECT_EQ(0, c->NonDelegatingRelease());
+}
+
+TEST(KvUnknown, GetInterfaceAddsAReference) {
+  int destroyed = 0;
+  Counted* c = new Counted(&destroyed);
+  int marker = 0;
+  void* out = nullptr;
+  EXPECT_EQ(KV_E_POINTER, c->GetInterface(reinterpret_cast<IUnknown*>(&marker), nullptr));
+  EXPECT_EQ(1, c->Count());
+  EXPECT_EQ(KV_S_OK, c->GetInterface(reinterpret_cast<IUnknown*>(&marker), &out));
+  EXPECT_EQ(static_cast<void*>(&marker), out);
+  EXPECT_EQ(2, c->Count());
+  c->NonDelegatingRelease();
+  c->NonDelegatingRelease();
+  EXPECT_EQ(1, destroyed);
+}
+
+TEST(InterfaceIds, HaveTheDocumentedValues) {
+  const struct {
+    const _GUID* id;
+    const char* text;
+  } table[] = {
+      {&IID_IUnknown, "2CB59F1F-85A5-43ED-C000-000000000046"},
+      {&IID_IKvVideoPresenter, "9ECCFCCA-EB44-11D4-B365-0001022A4A87"},
+      {&IID_IKvVideoPresenterAdv, "022CF5CC-85A3-43AA-9471-675B6658A27B"},
+      {&IID_IKvVideoPresenterStream, "B1D629AA-D7AA-4EFD-BA6B-7A54C899C5BF"},
+      {&IID_IKvVideoPresenterAnimation, "8B931611-377A-4B2A-BC27-923ABCF375CF"},
+      {&IID_IKvFont, "C540BF80-6776-4097-9A98-7174D6E7169B"},
+      {&IID_IOruvmVideoMixer, "6C889F37-336B-4FDA-854E-203D2236311E"},
+      {&IID_IOruvmVideoContext, "51BC25C8-51A2-4E0A-9467-31FBE8FFCC4F"},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.text);
+    ExpectSameGuid(ParseGuid(row.text), *row.id);
+  }
+  EXPECT_EQ(24u, sizeof(_GUID));
+}
+
+TEST(Version, EndsInTheVersionNumber) {
+  const std::string v = getVersion();
+  const std::string suffix = "ScrimPresent Version:1.0.10461.1";
+  ASSERT_GE(v.size(), suffix.size());
+  EXPECT_EQ(suffix, v.substr(v.size() - suffix.size()));
+  EXPECT_EQ(std::string::npos, v.find('\n'));
+}
+
+TEST(ScrimMalloc, AlignsZeroesAndRecordsTheShift) {
+  const struct {
+    unsigned size, align, expectAlign;
+  } cases[] = {{1, 16, 16}, {100, 16, 16}, {37, 0, 4}, {64, 4, 4}, {5, 8, 8}, {1000, 128, 128}, {0, 32, 32}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << "size " << c.size << " align " << c.align);
+    // Several allocations, so that at least one of them starts already aligned.
+    for (int n = 0; n < 8; ++n) {
+      unsigned char* p = static_cast<unsigned char*>(scrim_malloc(c.size, c.align));
+      ASSERT_NE(nullptr, p);
+      EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(p) % c.expectAlign);
+      EXPECT_GE(p[-1], 1);
+      EXPECT_LE(p[-1], c.expectAlign);
+      for (unsigned i = 0; i < c.size; ++i) ASSERT_EQ(0, p[i]) << "byte " << i;
+      memset(p, 0xAB, c.size);  // the whole block is usable (ASan checks the bounds)
+      scrim_free(p);
+    }
+  }
+}
+
+TEST(ScrimLog, TraceLevelIsDroppedAndErrorsAreWritten) {
+  HostLog_setEcho(0);
+  HostLog_clear();
+  Log(SCRIM_LOG_TRACE, "[%s %d]:trace line %d", "f", 1, 7);
+  Log(1, "[%s %d]:level one", "f", 2);
+  EXPECT_EQ(0u, HostLog_count());
+
+  Log(SCRIM_LOG_ERROR, "[%s %d]:width:%d, height:%d ", "CreateStream", 42, 320, 240);
+  Log(SCRIM_LOG_ERROR, "%s", "100% literal %d");
+  auto lines = HostLog_lines();
+  ASSERT_EQ(2u, lines.size());
+  EXPECT_EQ("E/OruScrimPresent: [CreateStream 42]:width:320, height:240 ", lines[0]);
+  EXPECT_EQ("E/OruScrimPresent: 100% literal %d", lines[1]);
+  HostLog_clear();
+}
+
+TEST(ScrimLog, LongMessagesAreCutTo254Characters) {
+  HostLog_setEcho(0);
+  HostLog_clear();
+  std::string text;
+  for (int i = 0; i < 300; ++i) text += static_cast<char>('a' + i % 26);
+  Log(SCRIM_LOG_ERROR, "[%s %d]:%s", "f", 9, text.c_str());
+  auto lines = HostLog_lines();
+  ASSERT_EQ(1u, lines.size());
+  const std::string expected = ("[f 9]:" + text).substr(0, 254);
+  EXPECT_EQ("E/OruScrimPresent: " + expected, lines[0]);
+  HostLog_clear();
+}
