@@ -1,0 +1,74 @@
+#include "conversion_probe.h"
+
+#include <time.h>
+
+namespace {
+
+double NowMs() {
+  struct timespec ts;
+  clock_gettime(CLOCK_MONOTONIC, &ts);
+  return ts.tv_sec * 1000.0 + ts.tv_nsec / 1e6;
+}
+
+uint32_t MatrixCode(uint32_t h264) {
+  switch (h264) {
+    case 1:
+      return IMGPRC_MATRIX_BT709;
+    case 4:
+      return IMGPRC_MATRIX_FCC;
+    case 7:
+      return IMGPRC_MATRIX_SMPTE240M;
+    default:
+      return IMGPRC_MATRIX_BT601;
+  }
+}
+
+}  // namespace
+
+ConversionProbe::ConversionProbe(const ScrimLibrary& lib, int width, int height, uint32_t colourFormat,
+                                 bool yv12)
+    : lib_(lib), yv12_(yv12), width_(width), height_(height) {
+  ImgPrcCreateParams c{};
+  c.size = sizeof c;
+  c.format = yv12 ? 0x000 : 0x003;
+  c.resizeMode = IMGPRC_RESIZE_BILINEAR_FAST;
+  c.srcWidth = c.dstWidth = static_cast<uint32_t>(width);
+  c.srcHeight = c.dstHeight = static_cast<uint32_t>(height);
+  c.colorMatrix = MatrixCode(colourFormat & 0xFF);
+  c.fullRange = (colourFormat >> 8) & 0xFF;
+  if (c.fullRange > 1) return;
+  if (lib_.imgCreate(&handle_, 0, &c) != 0) handle_ = nullptr;
+  const size_t chroma = static_cast<size_t>((width + 1) / 2) * ((height + 1) / 2);
+  out_.assign(static_cast<size_t>(width) * height * 2 + 2 * chroma, 0);
+}
+
+ConversionProbe::~ConversionProbe() {
+  if (handle_ != nullptr) lib_.imgDestroy(handle_);
+}
+
+double ConversionProbe::measure(Picture& p) {
+  if (handle_ == nullptr) return -1;
+  uint8_t* src[3] = {p.y.data(), p.cb.data(), p.cr.data()};
+  uint32_t srcStrides[3] = {uint32_t(p.width), uint32_t(p.chromaWidth()), uint32_t(p.chromaWidth())};
+  uint8_t* dst[3];
+  uint32_t dstStrides[3];
+  if (yv12_) {
+    const uint32_t cw = static_cast<uint32_t>((width_ + 1) / 2),
+                   ch = static_cast<uint32_t>((height_ + 1) / 2);
+    dst[0] = out_.data();
+    dst[1] = out_.data() + static_cast<size_t>(width_) * height_;
+    dst[2] = dst[1] + static_cast<size_t>(cw) * ch;
+    dstStrides[0] = static_cast<uint32_t>(width_);
+    dstStrides[1] = dstStrides[2] = cw;
+  } else {
+    dst[0] = out_.data();
+    dst[1] = dst[2] = nullptr;
+    dstStrides[0] = static_cast<uint32_t>(width_) * 2;
+    dstStrides[1] = dstStrides[2] = 0;
+  }
+  ImgPrcFrameParams f{sizeof f, 1, 0};
+  const double start = NowMs();
+  uint32_t r = lib_.imgProcess(handle_, src, srcStrides, dst, dstStrides, &f);
+  const double ms = NowMs() - start;
+  return r == 0 || r == 1 ? ms : -1;
+}

@@ -1,0 +1,144 @@
+#include "options.h"
+
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+
+namespace {
+
+bool ParseLong(const char* text, long low, long high, long& value) {
+  char* end = nullptr;
+  errno = 0;
+  long v = strtol(text, &end, 10);
+  if (errno != 0 || end == text || *end != '\0' || v < low || v > high) return false;
+  value = v;
+  return true;
+}
+
+}  // namespace
+
+const char* MatrixName(int matrix) {
+  switch (matrix) {
+    case 1:
+      return "BT.709";
+    case 4:
+      return "FCC";
+    case 7:
+      return "SMPTE 240M";
+    default:
+      return "BT.601";
+  }
+}
+
+void PrintUsage(FILE* out) {
+  fprintf(out,
+          "usage: scrim-play [options] [input.y4m]\n"
+          "\n"
+          "Plays a Y4M file of 4:2:0 pictures (or, without one, a built-in test clip)\n"
+          "through libscrimpresent into a host window, in real time, and writes what the\n"
+          "window showed as PNG files with a contact sheet and a summary.\n"
+          "\n"
+          "options:\n"
+          "  --mode rgb565|yv12     what the window's buffers hold (default rgb565)\n"
+          "  --matrix NAME|N        colour matrix: bt601, bt709, fcc, smpte240m, or an\n"
+          "                         H.264 matrix_coefficients number (default bt601)\n"
+          "  --range video|full     YCbCr range of the pictures (default video)\n"
+          "  --frames N             present at most N pictures (default all)\n"
+          "  --out DIR              folder for the PNG files and summary (default scrim-play-out)\n"
+          "  --every N              write every Nth posted picture as PNG; 0 none (default 1)\n"
+          "  --clip progressive|interlaced\n"
+          "                         which built-in clip to play without an input file\n"
+          "  --deinterlace MODE     deinterlace mode handed to the stream (property 1027)\n"
+          "  --lib PATH             the libscrimpresent.so to load (default: the built one,\n"
+          "                         or $SCRIM_PRESENT_LIBRARY)\n"
+          "  --quiet                no progress line\n"
+          "  --help                 this text\n");
+}
+
+bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    auto value = [&](const char*& out) {
+      if (i + 1 >= argc) {
+        error = arg + " needs a value";
+        return false;
+      }
+      out = argv[++i];
+      return true;
+    };
+    const char* v = nullptr;
+    long n = 0;
+    if (arg == "--help" || arg == "-h") {
+      o.help = true;
+    } else if (arg == "--quiet") {
+      o.quiet = true;
+    } else if (arg == "--mode") {
+      if (!value(v)) return false;
+      if (strcmp(v, "rgb565") == 0)
+        o.yv12 = false;
+      else if (strcmp(v, "yv12") == 0)
+        o.yv12 = true;
+      else
+        return error = std::string("--mode takes rgb565 or yv12, not \"") + v + "\"", false;
+    } else if (arg == "--matrix") {
+      if (!value(v)) return false;
+      if (strcmp(v, "bt601") == 0)
+        o.matrix = 6;
+      else if (strcmp(v, "bt709") == 0)
+        o.matrix = 1;
+      else if (strcmp(v, "fcc") == 0)
+        o.matrix = 4;
+      else if (strcmp(v, "smpte240m") == 0)
+        o.matrix = 7;
+      else if (ParseLong(v, 0, 255, n))
+        o.matrix = static_cast<int>(n);
+      else
+        return error = std::string("--matrix takes bt601, bt709, fcc, smpte240m or 0-255, not \"") + v + "\"",
+               false;
+    } else if (arg == "--range") {
+      if (!value(v)) return false;
+      if (strcmp(v, "video") == 0)
+        o.range = 0;
+      else if (strcmp(v, "full") == 0)
+        o.range = 1;
+      else
+        return error = std::string("--range takes video or full, not \"") + v + "\"", false;
+    } else if (arg == "--frames") {
+      if (!value(v)) return false;
+      if (!ParseLong(v, 1, 100000000, o.frames))
+        return error = std::string("--frames takes a count, not \"") + v + "\"", false;
+    } else if (arg == "--out") {
+      if (!value(v)) return false;
+      o.outDir = v;
+      if (o.outDir.empty()) return error = "--out needs a folder", false;
+    } else if (arg == "--every") {
+      if (!value(v)) return false;
+      if (!ParseLong(v, 0, 100000000, o.every))
+        return error = std::string("--every takes a count, not \"") + v + "\"", false;
+    } else if (arg == "--clip") {
+      if (!value(v)) return false;
+      if (strcmp(v, "progressive") == 0)
+        o.interlacedClip = false;
+      else if (strcmp(v, "interlaced") == 0)
+        o.interlacedClip = true;
+      else
+        return error = std::string("--clip takes progressive or interlaced, not \"") + v + "\"", false;
+    } else if (arg == "--deinterlace") {
+      if (!value(v)) return false;
+      if (!ParseLong(v, 0, 0xFFFFFFFFL, o.deinterlace))
+        return error = std::string("--deinterlace takes a mode number, not \"") + v + "\"", false;
+    } else if (arg == "--lib") {
+      if (!value(v)) return false;
+      o.library = v;
+    } else if (arg.size() > 1 && arg[0] == '-') {
+      error = "unknown option " + arg;
+      return false;
+    } else if (o.input.empty()) {
+      o.input = arg;
+    } else {
+      error = "only one input file can be played";
+      return false;
+    }
+  }
+  return true;
+}
