@@ -87,12 +87,13 @@ TEST(KvUnknown, LookupAnswersOnlyItsOwnUnknown) {
   EXPECT_EQ(KV_S_OK, c->NonDelegatingQueryInterface(IID_IUnknown, &out));
   EXPECT_EQ(static_cast<void*>(static_cast<IKvNonDelegatingUnknown*>(c)), out);
   EXPECT_EQ(2, c->Count());
-  // What was handed out works as an IUnknown: its slots are the non-delegating ones.
-  IUnknown* unknown = static_cast<IUnknown*>(out);
-  EXPECT_EQ(3, unknown->AddRef());
-  EXPECT_EQ(2, unknown->Release());
-  EXPECT_EQ(1, unknown->Release());
-  EXPECT_EQ(0, unknown->Release());
+  // What was handed out is the reference-counting part itself; its first three
+  // slots are the non-delegating operations, in IUnknown's order.
+  IKvNonDelegatingUnknown* unknown = static_cast<IKvNonDelegatingUnknown*>(out);
+  EXPECT_EQ(3, unknown->NonDelegatingAddRef());
+  EXPECT_EQ(2, unknown->NonDelegatingRelease());
+  EXPECT_EQ(1, unknown->NonDelegatingRelease());
+  EXPECT_EQ(0, unknown->NonDelegatingRelease());
   EXPECT_EQ(1, destroyed);
 }
 

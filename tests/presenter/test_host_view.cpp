@@ -261,11 +261,13 @@ TEST_F(HostView, LookupAndReferenceCounts) {
   // The reference-counting part sits right behind the interface's table pointer.
   EXPECT_EQ(reinterpret_cast<char*>(p_) + sizeof(void*), out);
   EXPECT_EQ(3, p_->AddRef());
-  IUnknown* unknown = static_cast<IUnknown*>(out);
-  EXPECT_EQ(4, unknown->AddRef());
-  EXPECT_EQ(3, unknown->Release());
+  // Its slots are IUnknown's operations in IUnknown's order; in C++ they are
+  // reached through the type the object really has there.
+  IKvNonDelegatingUnknown* unknown = static_cast<IKvNonDelegatingUnknown*>(out);
+  EXPECT_EQ(4, unknown->NonDelegatingAddRef());
+  EXPECT_EQ(3, unknown->NonDelegatingRelease());
   EXPECT_EQ(2, p_->Release());
-  EXPECT_EQ(1, unknown->Release());  // TearDown's Release destroys it
+  EXPECT_EQ(1, unknown->NonDelegatingRelease());  // TearDown's Release destroys it
 }
 
 TEST_F(HostView, GetTable) {
