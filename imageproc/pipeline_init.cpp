@@ -79,14 +79,14 @@ int _ImgPrcInit_depend(ImgPrcContext* ctx) {
   const uint32_t format = ctx->format;
   const int rgbKind = RgbToYuvSourceKind(format);
   if (format == 0x00A) {
-    // RGB555 with its colour key is neither rotated nor resized by rotation.
+    // RGB555 with a colour key is written unrotated only.
     if (ctx->rotation != 0) return -3;
   } else if (rgbKind >= 0) {
     ctx->rgbToYuvKernel = GetPFN_rgb2yuv(static_cast<uint32_t>(rgbKind), ctx->matrixIndex, ctx->fullRange);
   } else if (!IsPlainConversion(format)) {
     return -3;
   }
-  if (format != 0x00A && ctx->rotation > IMGPRC_FLIP_TOP_BOTTOM) return -3;
+  if (ctx->rotation > IMGPRC_FLIP_TOP_BOTTOM) return -3;
 
   // Odd sizes are processed as the next even size down.
   ctx->workSrcWidth = ctx->srcWidth & ~1u;

@@ -3,7 +3,6 @@
 // size a picture needs, so that AddressSanitizer sees any byte written past them.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <stdint.h>
 
 #include <vector>

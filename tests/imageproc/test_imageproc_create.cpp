@@ -298,31 +298,24 @@ TEST(Capability, CodesBelow0x300ExceptThePackedYCbCrOutputs) {
 }
 
 // Creation allocates, in order: the instance, the deinterlace area, the range
-// tables, the line buffers (resizing only) and the rotation record.
+// tables (failures there are out of memory), then in set-up the line buffers
+// (resizing only) and the rotation record (failures there refuse the creation).
 TEST(Create, EveryAllocationFailureCleansUp) {
-  struct Step {
-    uint32_t failing;
-    uint32_t want;
-  };
-  const Step resized[] = {{1, IMGPRC_E_OUTOFMEMORY}, {2, IMGPRC_E_OUTOFMEMORY}, {3, IMGPRC_E_OUTOFMEMORY},
-                          {4, IMGPRC_E_FAIL},        {5, IMGPRC_E_FAIL},        {6, IMGPRC_OK}};
-  const Step same[] = {{1, IMGPRC_E_OUTOFMEMORY},
-                       {2, IMGPRC_E_OUTOFMEMORY},
-                       {3, IMGPRC_E_OUTOFMEMORY},
-                       {4, IMGPRC_E_FAIL},
-                       {5, IMGPRC_OK}};
   for (bool resize : {true, false}) {
-    for (const Step& s :
-         resize ? std::vector<Step>(resized, resized + 6) : std::vector<Step>(same, same + 5)) {
-      SCOPED_TRACE(testing::Message() << (resize ? "resized" : "same size") << ", allocation " << s.failing);
+    const unsigned allocations = resize ? 5 : 4;
+    for (unsigned failing = 1; failing <= allocations + 1; ++failing) {
+      SCOPED_TRACE(testing::Message() << (resize ? "resized" : "same size") << ", allocation " << failing);
+      const uint32_t want = failing <= 3             ? IMGPRC_E_OUTOFMEMORY
+                            : failing <= allocations ? IMGPRC_E_FAIL
+                                                     : IMGPRC_OK;
       ImgPrcCreateParams p = MakeParams({});
       if (resize) p.dstWidth = 64;
       const long live = ImgPrcLiveBlockCount();
       void* handle = nullptr;
-      ImgPrcFailAllocation(s.failing);
-      EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), s.want);
+      ImgPrcFailAllocation(failing);
+      EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), want);
       ImgPrcFailAllocation(0);
-      if (s.want == IMGPRC_OK) {
+      if (want == IMGPRC_OK) {
         ASSERT_NE(handle, nullptr);
         EXPECT_EQ(ORU_IMAGEPROC_Destroy(handle), IMGPRC_OK);
       } else {
