@@ -172,10 +172,17 @@ TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
   EXPECT_TRUE(o.quiet);
   EXPECT_EQ("in.y4m", o.input);
 
+  const char* inlineValues[] = {"scrim-play", "--frames=5", "--mode=yv12", "--out=/tmp/y"};
+  Options o2;
+  ASSERT_TRUE(ParseOptions(4, const_cast<char**>(inlineValues), o2, error)) << error;
+  EXPECT_EQ(5, o2.frames);
+  EXPECT_TRUE(o2.yv12);
+  EXPECT_EQ("/tmp/y", o2.outDir);
+
   const std::vector<std::vector<const char*>> bad = {
       {"--mode", "rgb888"}, {"--matrix", "bt2020"}, {"--matrix", "256"}, {"--range", "tv"}, {"--frames", "0"},
       {"--frames", "x"},    {"--every", "-1"},      {"--clip", "fast"},  {"--frames"},      {"--bogus"},
-      {"a.y4m", "b.y4m"}};
+      {"a.y4m", "b.y4m"},   {"--quiet=1"},          {"--mode="}};
   for (const auto& args : bad) {
     std::vector<char*> argv = {const_cast<char*>("scrim-play")};
     for (const char* a : args) argv.push_back(const_cast<char*>(a));

@@ -57,8 +57,22 @@ void PrintUsage(FILE* out) {
 
 bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
   for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
+    std::string arg = argv[i];
+    // "--name=value" is read as "--name value".
+    std::string inlineValue;
+    bool hasInline = false;
+    const size_t eq = arg.find('=');
+    if (arg.compare(0, 2, "--") == 0 && eq != std::string::npos) {
+      inlineValue = arg.substr(eq + 1);
+      arg = arg.substr(0, eq);
+      hasInline = true;
+    }
     auto value = [&](const char*& out) {
+      if (hasInline) {
+        out = inlineValue.c_str();
+        hasInline = false;
+        return true;
+      }
       if (i + 1 >= argc) {
         error = arg + " needs a value";
         return false;
@@ -68,6 +82,10 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
     };
     const char* v = nullptr;
     long n = 0;
+    if (hasInline && (arg == "--help" || arg == "--quiet")) {
+      error = arg + " takes no value";
+      return false;
+    }
     if (arg == "--help" || arg == "-h") {
       o.help = true;
     } else if (arg == "--quiet") {
