@@ -19,7 +19,6 @@ unsigned Low32(const void* p) { return static_cast<unsigned>(reinterpret_cast<ui
 }  // namespace
 
 CScrimPresentStream::CScrimPresentStream(VP_OPEN_STREAM_PARAMS* pOpenParams, void* surface, void*) {
-  memset(m_abReserved, 0, sizeof m_abReserved);
   // The lock exists in every case so that destruction is always sound.
   InitializeCriticalSection(&m_cs);
   m_bShow = 0;
@@ -39,7 +38,7 @@ CScrimPresentStream::CScrimPresentStream(VP_OPEN_STREAM_PARAMS* pOpenParams, voi
 
 CScrimPresentStream::~CScrimPresentStream() {
   Close();
-  m_pReserved = nullptr;
+  m_pReserved[0] = m_pReserved[1] = nullptr;
   DeleteCriticalSection(&m_cs);
 }
 
@@ -67,7 +66,7 @@ KVRESULT CScrimPresentStream::Close() {
   m_bDetermined = 0;
   if (!m_bOpened) return KV_E_UNEXPECTED;
   m_bOpened = 0;
-  m_pReserved = nullptr;
+  m_pReserved[0] = m_pReserved[1] = nullptr;
   return KV_S_OK;
 }
 

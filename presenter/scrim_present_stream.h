@@ -49,9 +49,7 @@ class CScrimPresentStream : public IKvVideoPresenterStream, public CKvUnknown {
   uint8_t m_bSurfaceChanged = 0;  // never read
   void* m_hRender = nullptr;
   uint8_t m_bDetermined = 0;
-  union {
-    void* m_pReserved;  // cleared again by Close and the destructor
-    uint8_t m_abReserved[17];
-  };
+  void* m_pReserved[2] = {nullptr, nullptr};  // cleared again by Close and the destructor
+  uint8_t m_bReserved = 0;
   uint32_t m_bYV12 = 0;
 };
