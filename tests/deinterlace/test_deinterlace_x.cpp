@@ -61,6 +61,44 @@ TEST(DeintX, CombedVerticalEdgeTakesTheEvenLines) {
     for (unsigned x = 0; x < 32; ++x) ASSERT_EQ(dst.at(y, x), even(x)) << "line " << y << " x " << x;
 }
 
+// The detection thresholds, on the first block of a 16 x 16 plane. Each of its
+// eight columns holds lines 0-3 as given and repeats line 3 below, so only the
+// first line pair can comb. The first column reads 100, 98 or 99, 100, ...:
+// line 1 becomes (100 + 6·98 + 100 + 4) >> 3 = 99 (or 798 >> 3 = 99 for 99)
+// when the block is taken as progressive, (100 + 100) >> 1 = 100 when combed.
+struct Column {
+  uint8_t l[4];
+};
+constexpr Column kX = {{100, 98, 100, 98}};  // adjacent 8, same field 0
+constexpr Column kL = {{100, 99, 100, 99}};  // adjacent 2, same field 0
+constexpr Column kF = {{100, 100, 100, 100}};
+constexpr Column kQ = {{100, 99, 99, 99}};   // adjacent 1, same field 1
+constexpr Column kY = {{100, 98, 96, 98}};   // adjacent 8, same field 16
+constexpr Column kY1 = {{100, 98, 97, 98}};  // adjacent 5, same field 9
+
+struct ThresholdCase {
+  const char* what;
+  Column c[8];
+  uint8_t want;
+};
+
+const ThresholdCase kThresholdCases[] = {
+    {"adjacent sum 16, no same-field difference", {kL, kL, kL, kL, kL, kL, kL, kL}, 99},
+    {"adjacent sum exactly 32", {kX, kX, kX, kX, kF, kF, kF, kF}, 99},
+    {"adjacent sum 33, same field 1", {kX, kX, kX, kX, kQ, kF, kF, kF}, 100},
+    {"three quarters of 64 equal to 48", {kX, kX, kX, kX, kX, kY, kY, kY}, 99},
+    {"three quarters of 61 above 41", {kX, kX, kX, kX, kX, kY, kY, kY1}, 100},
+};
+
+TEST(DeintX, DetectionThresholds) {
+  for (const auto& c : kThresholdCases) {
+    Plane src =
+        plane_of(16, 16, [&](unsigned x, unsigned y) { return x < 8 ? c.c[x].l[std::min(y, 3u)] : 0; });
+    Plane dst = run_x(src, 16);
+    EXPECT_EQ(dst.at(1, 0), c.want) << c.what;
+  }
+}
+
 // Even lines carry a 0/200 step that moves one column per line (slope ±1),
 // odd lines are a flat 100 (a field that does not match): every block combs.
 // The diagonal along the edge pairs equal pixels and costs nothing, the
