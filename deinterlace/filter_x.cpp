@@ -29,9 +29,10 @@
 namespace {
 
 typedef int16_t i16x8 __attribute__((vector_size(16)));
-typedef int32_t i32x4 __attribute__((vector_size(16)));
+typedef uint16_t u16x8 __attribute__((vector_size(16)));
+typedef uint16_t u16x4 __attribute__((vector_size(8)));
+typedef uint32_t u32x4 __attribute__((vector_size(16)));
 typedef uint8_t u8x8 __attribute__((vector_size(8)));
-typedef uint8_t u8x4 __attribute__((vector_size(4)));
 
 constexpr unsigned kBlock = 8;
 
@@ -39,12 +40,6 @@ inline i16x8 widen8(const uint8_t* p) {
   u8x8 v;
   memcpy(&v, p, 8);
   return __builtin_convertvector(v, i16x8);
-}
-
-inline i32x4 widen4(const uint8_t* p) {
-  u8x4 v;
-  memcpy(&v, p, 4);
-  return __builtin_convertvector(v, i32x4);
 }
 
 // Values are known to lie in 0..255.
@@ -58,7 +53,26 @@ inline i16x8 abs16(i16x8 v) {
   return (v ^ sign) - sign;
 }
 
-inline int sum4(i32x4 v) { return v[0] + v[1] + v[2] + v[3]; }
+// Squares of differences of bytes (at most 255², below 2^16) are exact in
+// 16-bit lanes; their sums are taken in 32-bit lanes.
+inline u32x4 square_sum(i16x8 d) {
+  u16x8 sq = (u16x8)(d * d);
+  u16x4 lo = __builtin_shufflevector(sq, sq, 0, 1, 2, 3);
+  u16x4 hi = __builtin_shufflevector(sq, sq, 4, 5, 6, 7);
+  return __builtin_convertvector(lo, u32x4) + __builtin_convertvector(hi, u32x4);
+}
+
+inline uint32_t lanes_sum(u32x4 v) { return v[0] + v[1] + v[2] + v[3]; }
+
+// Lanes s .. s+7 of the sixteen lanes lo, hi. Made of two one-vector shifts
+// so that plain SSE2 gets whole-register byte shifts (a two-vector shuffle
+// would go lane by lane there); NEON gets its EXT either way.
+template <int s>
+inline i16x8 lanes_from(i16x8 lo, i16x8 hi) {
+  const i16x8 zero = {};
+  return __builtin_shufflevector(lo, zero, s, s + 1, s + 2, s + 3, s + 4, s + 5, s + 6, s + 7) |
+         __builtin_shufflevector(zero, hi, s, s + 1, s + 2, s + 3, s + 4, s + 5, s + 6, s + 7);
+}
 
 // One band of a plane: source lines 0..9 from its top (lines below the plane
 // repeat its last line) and destination lines 0..7; `lines` of them belong to
@@ -76,22 +90,11 @@ struct Band {
 // adjacent sum exceeds the same-field sum (compared exactly: 3·fr > 4·ff) and
 // the adjacent sum exceeds 32. Any combing pair makes the block combed.
 bool block_is_combed(const Band& b, size_t x) {
-  i32x4 fr[4] = {};
-  i32x4 ff[4] = {};
-  for (size_t half = 0; half < kBlock; half += 4) {
-    i32x4 l[kBlock + 2];
-    for (unsigned j = 0; j < kBlock + 2; ++j) l[j] = widen4(b.s[j] + x + half);
-    for (unsigned k = 0; k < 4; ++k) {
-      const unsigned y = 2 * k;
-      i32x4 d01 = l[y] - l[y + 1], d12 = l[y + 1] - l[y + 2];
-      i32x4 d02 = l[y] - l[y + 2], d13 = l[y + 1] - l[y + 3];
-      fr[k] += d01 * d01 + d12 * d12;
-      ff[k] += d02 * d02 + d13 * d13;
-    }
-  }
-  for (unsigned k = 0; k < 4; ++k) {
-    int adjacent = sum4(fr[k]);
-    int sameField = sum4(ff[k]);
+  i16x8 l[kBlock + 2];
+  for (unsigned j = 0; j < kBlock + 2; ++j) l[j] = widen8(b.s[j] + x);
+  for (unsigned y = 0; y < kBlock; y += 2) {
+    uint32_t adjacent = lanes_sum(square_sum(l[y] - l[y + 1]) + square_sum(l[y + 1] - l[y + 2]));
+    uint32_t sameField = lanes_sum(square_sum(l[y] - l[y + 2]) + square_sum(l[y + 1] - l[y + 3]));
     if (3 * adjacent > 4 * sameField && adjacent > 32) return true;
   }
   return false;
@@ -117,11 +120,21 @@ void block_field_vertical(const Band& b, size_t x) {
 // Cost of pairing above[x + k + dir] with below[x + k - dir] for the eight
 // pixels x..x+7: sum over k = -3..4 of the absolute differences. dir -1 is the
 // diagonal above-left to below-right, 0 the vertical, +1 above-right to
-// below-left. Reads columns x-4 .. x+12.
-inline i16x8 direction_cost(const uint8_t* above, const uint8_t* below, ptrdiff_t x, int dir) {
-  i16x8 cost = {};
-  for (int k = -3; k <= 4; ++k) cost += abs16(widen8(above + x + k + dir) - widen8(below + x + k - dir));
-  return cost;
+// below-left. The sixteen differences for x-3 .. x+12 (the last one unused)
+// are formed once and summed over sliding windows of 2, 4 and 8. Reads
+// columns x-4 .. x+13.
+template <int dir>
+inline i16x8 direction_cost(const uint8_t* above, const uint8_t* below, size_t x) {
+  const uint8_t* a = above + x - 3 + dir;
+  const uint8_t* c = below + x - 3 - dir;
+  i16x8 lo = abs16(widen8(a) - widen8(c));
+  i16x8 hi = abs16(widen8(a + 8) - widen8(c + 8));
+  const i16x8 zero = {};
+  lo += lanes_from<1>(lo, hi);  // lane i: sum of 2 from i
+  hi += lanes_from<1>(hi, zero);
+  lo += lanes_from<2>(lo, hi);  // of 4
+  hi += lanes_from<2>(hi, zero);
+  return lo + lanes_from<4>(lo, hi);  // of 8
 }
 
 // Combed, interior block column: each odd pixel is the truncating average of
@@ -134,10 +147,9 @@ void block_field_directional(const Band& b, size_t x) {
     const uint8_t* above = b.s[y];
     const uint8_t* below = b.s[y + 2];
     memcpy(b.d[y] + x, above + x, kBlock);
-    const ptrdiff_t px = static_cast<ptrdiff_t>(x);
-    i16x8 costLeft = direction_cost(above, below, px, -1);
-    i16x8 costVert = direction_cost(above, below, px, 0);
-    i16x8 costRight = direction_cost(above, below, px, +1);
+    i16x8 costLeft = direction_cost<-1>(above, below, x);
+    i16x8 costVert = direction_cost<0>(above, below, x);
+    i16x8 costRight = direction_cost<+1>(above, below, x);
     i16x8 useLeft = (costLeft < costVert) & (costRight >= costVert);
     i16x8 useRight = (costRight < costVert) & (costLeft >= costVert);
     i16x8 vert = (widen8(above + x) + widen8(below + x)) >> 1;

@@ -32,9 +32,10 @@ inline u8x16 load16(const uint8_t* p) {
 inline void store16(uint8_t* p, u8x16 v) { memcpy(p, &v, 16); }
 
 // Sixteen pixels of the five-tap filter. The sum stays within -506..2554, so
-// 16-bit lanes hold it; the compare-and-mask clamp does what the table does.
-// A macro rather than a function: 32-byte vectors cannot cross a call without
-// an ABI change on plain SSE2.
+// 16-bit lanes hold it. The clamp is done with sign masks, which does what
+// the table does for this range (-64..319 after the shift): lanes below 0
+// are cleared, lanes above 255 saturate. A macro rather than a function:
+// 32-byte vectors cannot cross a call without an ABI change on plain SSE2.
 #define DEINT_TAPS16(out, q0, q1, q2, q3, q4)                                                             \
   do {                                                                                                    \
     i16x16 s_ =                                                                                           \
@@ -42,10 +43,9 @@ inline void store16(uint8_t* p, u8x16 v) { memcpy(p, &v, 16); }
         2 * __builtin_convertvector(load16(q2), i16x16) - __builtin_convertvector(load16(q0), i16x16) -   \
         __builtin_convertvector(load16(q4), i16x16) + 4;                                                  \
     s_ >>= 3;                                                                                             \
-    s_ &= (s_ > 0);                                                                                       \
-    i16x16 high_ = s_ > 255;                                                                              \
-    s_ = (s_ & ~high_) | (high_ & 255);                                                                   \
-    (out) = __builtin_convertvector(s_, u8x16);                                                           \
+    s_ &= ~(s_ >> 15);      /* negative: 0 */                                                             \
+    s_ |= (255 - s_) >> 15; /* above 255: all ones, 255 once truncated */                                 \
+    (out) = __builtin_convertvector(s_ & 255, u8x16);                                                     \
   } while (0)
 
 inline uint8_t taps(int p0, int p1, int p2, int p3, int p4) {
