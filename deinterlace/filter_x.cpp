@@ -56,7 +56,8 @@ inline i16x8 abs16(i16x8 v) {
 // Squares of differences of bytes (at most 255², below 2^16) are exact in
 // 16-bit lanes; their sums are taken in 32-bit lanes.
 inline u32x4 square_sum(i16x8 d) {
-  u16x8 sq = (u16x8)(d * d);
+  u16x8 du = (u16x8)d;  // unsigned: the product wraps, its low 16 bits are d²
+  u16x8 sq = du * du;
   u16x4 lo = __builtin_shufflevector(sq, sq, 0, 1, 2, 3);
   u16x4 hi = __builtin_shufflevector(sq, sq, 4, 5, 6, 7);
   return __builtin_convertvector(lo, u32x4) + __builtin_convertvector(hi, u32x4);
