@@ -14,6 +14,8 @@
 // 1 mod 8 lacks line 9 for the last full band; that read repeats the plane's
 // last line. Remainder blocks (right columns and the whole last band, cut into
 // 8-column pieces) use a simpler detection and formulas that stay inside them.
+// Bands are worked top to bottom, each from left to right with its remainder
+// columns last. The picture width plays no part: the blocks cover the pitch.
 //
 // Remainder detection, per line pair inside the block (lines y, y+1, y+2 with
 // y even): the pair combs when the sum of squared differences of lines y and
