@@ -4,6 +4,8 @@
 // (the work that follows deinterlacing on the presenting thread), its plain
 // I420 copy (the memory traffic floor) and its plane interpolation at one half
 // (a two-line blend per line, rounded, the closest job it has to mode 4).
+// Last, whole frame calls of the image processor (a same-size planar copy)
+// with and without a mode, for the share deinterlacing takes of a frame.
 #include <benchmark/benchmark.h>
 #include <libyuv.h>
 
@@ -11,6 +13,7 @@
 #include <vector>
 
 #include "deinterlace/deinterlace.h"
+#include "imageproc/oru_imageproc.h"
 
 namespace {
 
@@ -68,6 +71,40 @@ void BM_DeInterlace(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_DeInterlace)->ArgName("mode")->DenseRange(1, 7)->Unit(benchmark::kMillisecond);
+
+// A whole frame call of the image processor, I420 to I420 at the same size
+// (a planar copy), with deinterlace mode 0 (none), 1, 4 or 7 in force.
+void BM_ImageProcFrame_I420Copy(benchmark::State& state) {
+  const Frame& f = frame();
+  ImgPrcCreateParams params{};
+  params.size = sizeof params;
+  params.format = 0x000;
+  params.srcWidth = params.dstWidth = kWidth;
+  params.srcHeight = params.dstHeight = kHeight;
+  void* handle = nullptr;
+  if (ORU_IMAGEPROC_Create(&handle, 0, &params) != IMGPRC_OK) {
+    state.SkipWithError("image processor creation failed");
+    return;
+  }
+  std::vector<uint8_t> y(f.y.size()), u(f.u.size()), v(f.v.size());
+  uint8_t* src[3] = {const_cast<uint8_t*>(f.y.data()), const_cast<uint8_t*>(f.u.data()),
+                     const_cast<uint8_t*>(f.v.data())};
+  uint32_t strides[3] = {kWidth, kChromaWidth, kChromaWidth};
+  uint8_t* dst[3] = {y.data(), u.data(), v.data()};
+  ImgPrcFrameParams frameParams{sizeof frameParams, 0, uint32_t(state.range(0))};
+  for (auto _ : state) {
+    ORU_IMAGEPROC_ProcessFrame(handle, src, strides, dst, strides, &frameParams);
+    benchmark::DoNotOptimize(y.data());
+  }
+  ORU_IMAGEPROC_Destroy(handle);
+}
+BENCHMARK(BM_ImageProcFrame_I420Copy)
+    ->ArgName("mode")
+    ->Arg(0)
+    ->Arg(1)
+    ->Arg(4)
+    ->Arg(7)
+    ->Unit(benchmark::kMillisecond);
 
 void BM_Libyuv_I420ToRGB565_1080p(benchmark::State& state) {
   const Frame& f = frame();
