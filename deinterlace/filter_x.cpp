@@ -35,6 +35,7 @@ typedef uint16_t u16x8 __attribute__((vector_size(16)));
 typedef uint16_t u16x4 __attribute__((vector_size(8)));
 typedef uint32_t u32x4 __attribute__((vector_size(16)));
 typedef uint8_t u8x8 __attribute__((vector_size(8)));
+typedef uint8_t u8x16 __attribute__((vector_size(16)));
 
 constexpr unsigned kBlock = 8;
 
@@ -50,9 +51,20 @@ inline void narrow8(uint8_t* p, i16x8 v) {
   memcpy(p, &r, 8);
 }
 
-inline i16x8 abs16(i16x8 v) {
-  i16x8 sign = v >> 15;
-  return (v ^ sign) - sign;
+// |a - b| of sixteen bytes at a and b, as the larger less the smaller (one
+// instruction on NEON, three on SSE2).
+inline u8x16 absdiff16(const uint8_t* a, const uint8_t* b) {
+  u8x16 va, vb;
+  memcpy(&va, a, 16);
+  memcpy(&vb, b, 16);
+  return (va > vb ? va : vb) - (va > vb ? vb : va);
+}
+
+inline i16x8 low_half(u8x16 v) {
+  return __builtin_convertvector(__builtin_shufflevector(v, v, 0, 1, 2, 3, 4, 5, 6, 7), i16x8);
+}
+inline i16x8 high_half(u8x16 v) {
+  return __builtin_convertvector(__builtin_shufflevector(v, v, 8, 9, 10, 11, 12, 13, 14, 15), i16x8);
 }
 
 // Squares of differences of bytes (at most 255², below 2^16) are exact in
@@ -128,10 +140,9 @@ void block_field_vertical(const Band& b, size_t x) {
 // columns x-4 .. x+13.
 template <int dir>
 inline i16x8 direction_cost(const uint8_t* above, const uint8_t* below, size_t x) {
-  const uint8_t* a = above + x - 3 + dir;
-  const uint8_t* c = below + x - 3 - dir;
-  i16x8 lo = abs16(widen8(a) - widen8(c));
-  i16x8 hi = abs16(widen8(a + 8) - widen8(c + 8));
+  u8x16 diff = absdiff16(above + x - 3 + dir, below + x - 3 - dir);
+  i16x8 lo = low_half(diff);
+  i16x8 hi = high_half(diff);
   const i16x8 zero = {};
   lo += lanes_from<1>(lo, hi);  // lane i: sum of 2 from i
   hi += lanes_from<1>(hi, zero);
