@@ -1,0 +1,66 @@
+// Internal interface of the deinterlacer: the picture record, the shared line
+// arithmetic and one function per filter. ORU_DeInterlace (deinterlace.h) is
+// the only entry point the rest of the library uses.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <array>
+
+// One picture, source or destination. Filters walk min(planeCount, 3) planes.
+struct DeintPicture {
+  uint32_t planeCount;
+  uint8_t* planes[3];
+  uint32_t pitches[3];  // bytes from one line to the next
+};
+
+// Chroma layout of planes 1 and 2, the image processor's input format code.
+enum DeintLayout : unsigned {
+  DEINT_LAYOUT_420 = 0,  // half width, half height
+  DEINT_LAYOUT_422 = 1,  // half width, full height
+  DEINT_LAYOUT_444 = 2,  // full size
+};
+
+// Byte clamp indexed by value + 1024: 0 below index 1024, 255 above 1279.
+constexpr int kDeintClipBias = 1024;
+extern const std::array<uint8_t, 2304> deint_clip_table;
+inline uint8_t deint_clip(int v) { return deint_clip_table[v + kDeintClipBias]; }
+
+// dst[i] = (a[i] + b[i]) >> 1 for exactly n bytes.
+void Merge(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n);
+
+// Five-tap vertical filter, weights -1 4 2 4 -1 over 8, rounded and clamped.
+void deinterlace_line(uint8_t* dst, const uint8_t* p0, const uint8_t* p1, const uint8_t* p2,
+                      const uint8_t* p3, const uint8_t* p4, size_t n);
+
+// The same filter in place: tmp holds the original of the line above a; b is
+// replaced by the filtered line and its original moves into tmp. c and d may
+// be the same line as b (the last line of a plane).
+void deinterlace_line_inplace(uint8_t* tmp, const uint8_t* a, uint8_t* b, const uint8_t* c, const uint8_t* d,
+                              size_t n);
+
+// Height of plane `plane` for a picture `height` lines high.
+unsigned deint_plane_height(unsigned plane, unsigned height, unsigned layout);
+
+// The filters. Each returns 0, or -1 when it refuses its arguments. `field`
+// (0 or 1, any non-zero value counts as 1) is the field the line-doubling
+// filters keep.
+int picture_deinterlace_fast(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned width,
+                             unsigned height);
+int picture_deinterlace_discard(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                                unsigned field);
+int picture_deinterlace_bob(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                            unsigned field);
+int picture_deinterlace_blend(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height);
+int picture_deinterlace_mean(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height);
+int picture_deinterlace_linear(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                               unsigned field);
+int picture_deinterlace_x(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned width,
+                          unsigned height);
+
+// Runs the filter of `mode` (0 none, 1 fast, 2 discard, 3 bob, 4 blend, 5 mean,
+// 6 linear, 7 x, 8 and above fast). -1 for a null record, else 0: a filter
+// that refuses its arguments is not reported.
+int DeInterlace(DeintPicture* dst, DeintPicture* src, unsigned width, unsigned height, unsigned field,
+                unsigned layout, unsigned mode);

@@ -1,0 +1,133 @@
+// Deinterlacing through the image processor: a frame call with a mode set
+// deinterlaces the caller's picture into the instance's work area and
+// converts from there; the mode stays in force for later frames that pass 0.
+// Conversion 0x000 at the same size is a plain planar copy, so what comes out
+// is the deinterlaced picture itself.
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+#include "deint_test_pictures.h"
+#include "imageproc/oru_imageproc.h"
+
+using namespace deint_test;
+
+namespace {
+
+constexpr unsigned kW = 32, kH = 16;
+
+struct Instance {
+  void* handle = nullptr;
+  Instance() {
+    ImgPrcCreateParams p{};
+    p.size = sizeof p;
+    p.format = 0x000;
+    p.srcWidth = p.dstWidth = kW;
+    p.srcHeight = p.dstHeight = kH;
+    EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  }
+  ~Instance() { ORU_IMAGEPROC_Destroy(handle); }
+};
+
+// A 4:2:0 source with strides wider than the picture (the work area's stride
+// is the width rounded up to 16) and a destination of exact size.
+Picture source(uint32_t seed) {
+  std::mt19937 rng(seed);
+  Picture p;
+  p.planes[0] = random_plane(kH, kW + 8, kW + 8, rng);
+  p.planes[1] = random_plane(kH / 2, kW / 2 + 4, kW / 2 + 4, rng);
+  p.planes[2] = random_plane(kH / 2, kW / 2 + 4, kW / 2 + 4, rng);
+  return p;
+}
+
+Picture destination() {
+  Picture p;
+  for (int i = 0; i < 3; ++i) {
+    unsigned w = i ? kW / 2 : kW, h = i ? kH / 2 : kH;
+    p.planes[i].pitch = w;
+    p.planes[i].bytes.assign(size_t(w) * h, 0xEE);
+  }
+  return p;
+}
+
+uint32_t frame(Instance& inst, Picture& src, Picture& dst, uint32_t mode) {
+  DeintPicture s = src.record(), d = dst.record();
+  ImgPrcFrameParams f{sizeof f, 0, mode};
+  return ORU_IMAGEPROC_ProcessFrame(inst.handle, s.planes, s.pitches, d.planes, d.pitches, &f);
+}
+
+// Expected picture: each destination pixel from two source lines of its plane.
+template <typename Rule>
+void expect_lines(const Picture& src, const Picture& dst, Rule rule, const char* what) {
+  for (int i = 0; i < 3; ++i) {
+    unsigned w = i ? kW / 2 : kW, h = i ? kH / 2 : kH;
+    for (unsigned y = 0; y < h; ++y) {
+      auto [a, b] = rule(y);
+      for (unsigned x = 0; x < w; ++x)
+        ASSERT_EQ(dst.planes[i].at(y, x), avg_down(src.planes[i].at(a, x), src.planes[i].at(b, x)))
+            << what << ": plane " << i << " line " << y << " x " << x;
+    }
+  }
+}
+
+auto discard = [](unsigned y) { return std::pair<unsigned, unsigned>{y & ~1u, y & ~1u}; };
+auto blend = [](unsigned y) { return std::pair<unsigned, unsigned>{y ? y - 1 : 0, y}; };
+auto copy = [](unsigned y) { return std::pair<unsigned, unsigned>{y, y}; };
+
+TEST(DeinterlaceThroughImageProcessor, ModeOnceSetStaysForFramesPassing0) {
+  Instance inst;
+  Picture src = source(1), dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 2), IMGPRC_OK);  // discard, field 0
+  expect_lines(src, dst, discard, "frame 1, mode 2");
+
+  src = source(2), dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 0), IMGPRC_OK);  // 0: mode 2 stays
+  expect_lines(src, dst, discard, "frame 2, mode 0 after 2");
+
+  src = source(3), dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 4), IMGPRC_OK);  // blend
+  expect_lines(src, dst, blend, "frame 3, mode 4");
+
+  src = source(4), dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 0), IMGPRC_OK);
+  expect_lines(src, dst, blend, "frame 4, mode 0 after 4");
+}
+
+TEST(DeinterlaceThroughImageProcessor, WithoutAModeThePictureIsCopied) {
+  Instance inst;
+  Picture src = source(5), dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 0), IMGPRC_OK);
+  expect_lines(src, dst, copy, "no mode");
+}
+
+TEST(DeinterlaceThroughImageProcessor, FastFilterOnAnInterlacedPicture) {
+  // Two fields of a vertical edge, the odd field moved 4 columns: mode 1 keeps
+  // the even lines and filters the odd ones from their column, so every odd
+  // pixel is five_tap of the column's lines around it.
+  Instance inst;
+  Picture src = source(6);
+  for (int i = 0; i < 3; ++i) {
+    Plane& p = src.planes[i];
+    unsigned w = i ? kW / 2 : kW, h = i ? kH / 2 : kH;
+    for (unsigned y = 0; y < h; ++y)
+      for (unsigned x = 0; x < w; ++x) p.row(y)[x] = x >= w / 2 + (y % 2 ? 4 : 0) ? 220 : 30;
+  }
+  Picture dst = destination();
+  ASSERT_EQ(frame(inst, src, dst, 1), IMGPRC_OK);
+  for (int i = 0; i < 3; ++i) {
+    unsigned w = i ? kW / 2 : kW, h = i ? kH / 2 : kH;
+    auto s = [&](int y, unsigned x) {
+      return int(src.planes[i].at(unsigned(std::min(std::max(y, 0), int(h) - 1)), x));
+    };
+    for (unsigned y = 0; y < h; ++y)
+      for (unsigned x = 0; x < w; ++x) {
+        int want = y % 2 ? five_tap(s(y - 2, x), s(y - 1, x), s(y, x), s(y + 1, x), s(y + 2, x)) : s(y, x);
+        ASSERT_EQ(dst.planes[i].at(y, x), want) << "plane " << i << " line " << y << " x " << x;
+      }
+  }
+  // Where the fields disagree (columns w/2 .. w/2+3) the odd lines lean to
+  // the even field: -30 + 4·220 + 2·30 + 4·220 - 30 + 4 = 1764 >> 3 = 220.
+  EXPECT_EQ(dst.planes[0].at(5, kW / 2 + 1), 220);
+}
+
+}  // namespace
