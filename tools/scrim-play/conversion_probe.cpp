@@ -26,8 +26,8 @@ uint32_t MatrixCode(uint32_t h264) {
 }  // namespace
 
 ConversionProbe::ConversionProbe(const ScrimLibrary& lib, int width, int height, uint32_t colourFormat,
-                                 bool yv12)
-    : lib_(lib), yv12_(yv12), width_(width), height_(height) {
+                                 bool yv12, uint32_t deinterlace)
+    : lib_(lib), yv12_(yv12), deinterlace_(deinterlace), width_(width), height_(height) {
   ImgPrcCreateParams c{};
   c.size = sizeof c;
   c.format = yv12 ? 0x000 : 0x003;
@@ -66,7 +66,7 @@ double ConversionProbe::measure(Picture& p) {
     dstStrides[0] = static_cast<uint32_t>(width_) * 2;
     dstStrides[1] = dstStrides[2] = 0;
   }
-  ImgPrcFrameParams f{sizeof f, 1, 0};
+  ImgPrcFrameParams f{sizeof f, 1, deinterlace_};
   const double start = NowMs();
   uint32_t r = lib_.imgProcess(handle_, src, srcStrides, dst, dstStrides, &f);
   const double ms = NowMs() - start;

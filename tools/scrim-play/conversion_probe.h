@@ -13,7 +13,9 @@
 
 class ConversionProbe {
  public:
-  ConversionProbe(const ScrimLibrary& lib, int width, int height, uint32_t colourFormat, bool yv12);
+  // deinterlace: the stream's deinterlace mode (0 none), so the probe does the same work.
+  ConversionProbe(const ScrimLibrary& lib, int width, int height, uint32_t colourFormat, bool yv12,
+                  uint32_t deinterlace);
   ~ConversionProbe();
   ConversionProbe(const ConversionProbe&) = delete;
   ConversionProbe& operator=(const ConversionProbe&) = delete;
@@ -25,6 +27,7 @@ class ConversionProbe {
   const ScrimLibrary& lib_;
   void* handle_ = nullptr;
   bool yv12_;
+  uint32_t deinterlace_;
   int width_, height_;
   std::vector<uint8_t> out_;
 };

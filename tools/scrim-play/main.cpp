@@ -129,7 +129,8 @@ int main(int argc, char** argv) {
     fprintf(stderr, "scrim-play: %s\n", error.c_str());
     return kFailure;
   }
-  ConversionProbe probe(lib, width, height, options.colourFormat(), options.yv12);
+  ConversionProbe probe(lib, width, height, options.colourFormat(), options.yv12,
+                        options.deinterlace > 0 ? static_cast<uint32_t>(options.deinterlace) : 0);
   ContactSheet sheet(8, total);
   Progress progress(!options.quiet);
 
