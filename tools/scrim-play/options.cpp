@@ -15,6 +15,13 @@ bool ParseLong(const char* text, long low, long high, long& value) {
   return true;
 }
 
+// Sets the message for a value an option does not take; always false.
+bool Refuse(std::string& error, const char* what, const char* value) {
+  error = what;
+  if (value != nullptr) error += std::string("not \"") + value + "\"";
+  return false;
+}
+
 }  // namespace
 
 const char* MatrixName(int matrix) {
@@ -97,7 +104,7 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
       else if (strcmp(v, "yv12") == 0)
         o.yv12 = true;
       else
-        return error = std::string("--mode takes rgb565 or yv12, not \"") + v + "\"", false;
+        return Refuse(error, "--mode takes rgb565 or yv12, ", v);
     } else if (arg == "--matrix") {
       if (!value(v)) return false;
       if (strcmp(v, "bt601") == 0)
@@ -111,8 +118,7 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
       else if (ParseLong(v, 0, 255, n))
         o.matrix = static_cast<int>(n);
       else
-        return error = std::string("--matrix takes bt601, bt709, fcc, smpte240m or 0-255, not \"") + v + "\"",
-               false;
+        return Refuse(error, "--matrix takes bt601, bt709, fcc, smpte240m or 0-255, ", v);
     } else if (arg == "--range") {
       if (!value(v)) return false;
       if (strcmp(v, "video") == 0)
@@ -120,19 +126,17 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
       else if (strcmp(v, "full") == 0)
         o.range = 1;
       else
-        return error = std::string("--range takes video or full, not \"") + v + "\"", false;
+        return Refuse(error, "--range takes video or full, ", v);
     } else if (arg == "--frames") {
       if (!value(v)) return false;
-      if (!ParseLong(v, 1, 100000000, o.frames))
-        return error = std::string("--frames takes a count, not \"") + v + "\"", false;
+      if (!ParseLong(v, 1, 100000000, o.frames)) return Refuse(error, "--frames takes a count, ", v);
     } else if (arg == "--out") {
       if (!value(v)) return false;
       o.outDir = v;
-      if (o.outDir.empty()) return error = "--out needs a folder", false;
+      if (o.outDir.empty()) return Refuse(error, "--out needs a folder", nullptr);
     } else if (arg == "--every") {
       if (!value(v)) return false;
-      if (!ParseLong(v, 0, 100000000, o.every))
-        return error = std::string("--every takes a count, not \"") + v + "\"", false;
+      if (!ParseLong(v, 0, 100000000, o.every)) return Refuse(error, "--every takes a count, ", v);
     } else if (arg == "--clip") {
       if (!value(v)) return false;
       if (strcmp(v, "progressive") == 0)
@@ -140,11 +144,11 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
       else if (strcmp(v, "interlaced") == 0)
         o.interlacedClip = true;
       else
-        return error = std::string("--clip takes progressive or interlaced, not \"") + v + "\"", false;
+        return Refuse(error, "--clip takes progressive or interlaced, ", v);
     } else if (arg == "--deinterlace") {
       if (!value(v)) return false;
       if (!ParseLong(v, 0, 0xFFFFFFFFL, o.deinterlace))
-        return error = std::string("--deinterlace takes a mode number, not \"") + v + "\"", false;
+        return Refuse(error, "--deinterlace takes a mode number, ", v);
     } else if (arg == "--lib") {
       if (!value(v)) return false;
       o.library = v;
