@@ -50,6 +50,6 @@ class CScrimPresentStream : public IKvVideoPresenterStream, public CKvUnknown {
   void* m_hRender = nullptr;
   uint8_t m_bDetermined = 0;
   void* m_pReserved[2] = {nullptr, nullptr};  // cleared again by Close and the destructor
-  uint8_t m_bReserved = 0;
+  [[maybe_unused]] uint8_t m_bReserved = 0;
   uint32_t m_bYV12 = 0;
 };
