@@ -1,0 +1,84 @@
+// The per-sample colour step of the YCbCr to RGB kernels: the three range
+// tables of a context turned into red, green and blue terms once per chroma
+// pair, then applied to each luma sample that shares that pair.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+#include "imageproc/imgprc_context.h"
+
+namespace scrim {
+
+// Clamp order matters for no result but is kept as the tables expect it: upper
+// bound first, then lower.
+inline int32_t ClampTo(int32_t v, int32_t hi) {
+  v = v > hi ? hi : v;
+  return v < 0 ? 0 : v;
+}
+
+// Colour terms of one chroma pair. Table entries are signed 32-bit words held
+// in 64-bit slots; only the low 32 bits take part.
+struct ChromaTerms {
+  int32_t r;  // Cr entry >> 15
+  int32_t g;  // low halves of Cb + Cr entries, as signed 16-bit, doubled
+  int32_t b;  // Cb entry >> 15
+};
+
+inline ChromaTerms ChromaTermsOf(const ImgPrcContext* ctx, uint8_t cb, uint8_t cr) {
+  const uint32_t eb = static_cast<uint32_t>(ctx->rangeTableCb[cb]);
+  const uint32_t er = static_cast<uint32_t>(ctx->rangeTableCr[cr]);
+  ChromaTerms t;
+  t.r = static_cast<int32_t>(er) >> 15;
+  t.b = static_cast<int32_t>(eb) >> 15;
+  // The sum is formed on 32 bits, so a carry between the two low halves is
+  // dropped here on purpose.
+  t.g = static_cast<int32_t>(static_cast<int16_t>(static_cast<uint16_t>(eb + er))) * 2;
+  return t;
+}
+
+inline int32_t LumaOf(const ImgPrcContext* ctx, uint8_t y) { return ctx->rangeTableY[y]; }
+
+// RGB565: red and blue 5 bits (>> 10), green 6 bits (>> 9).
+inline uint16_t Rgb565(int32_t l, ChromaTerms t) {
+  const int32_t r = ClampTo((l + t.r) >> 10, 31);
+  const int32_t g = ClampTo((l + t.g) >> 9, 63);
+  const int32_t b = ClampTo((l + t.b) >> 10, 31);
+  return static_cast<uint16_t>(r << 11 | g << 5 | b);
+}
+
+// RGB555 as the keyed kernel writes it: R in 15-11, G in 10-6, B in 5-1 and
+// bit 0 set (opaque), so that 0x0000 stays free to mark a keyed-out pixel.
+inline uint16_t Rgb555Opaque(int32_t l, ChromaTerms t) {
+  const int32_t r = ClampTo((l + t.r) >> 10, 31);
+  const int32_t g = ClampTo((l + t.g) >> 10, 31);
+  const int32_t b = ClampTo((l + t.b) >> 10, 31);
+  return static_cast<uint16_t>(r << 11 | g << 6 | b << 1 | 1);
+}
+
+// Spread pixel of the line interpolators: red 6 bits at bit 21, green 6 bits
+// at bit 10, blue 5 bits at bit 0, zero everywhere else.
+inline uint32_t SpreadRgb(int32_t l, ChromaTerms t) {
+  const uint32_t r = static_cast<uint32_t>(ClampTo((l + t.r) >> 9, 63));
+  const uint32_t g = static_cast<uint32_t>(ClampTo((l + t.g) >> 9, 63));
+  const uint32_t b = static_cast<uint32_t>(ClampTo((l + t.b) >> 10, 31));
+  return r << 21 | g << 10 | b;
+}
+
+// The same values with red and blue exchanged: 5-bit blue in the red field,
+// 6-bit red in the low field (which then reaches into bit 5).
+inline uint32_t SpreadBgr(int32_t l, ChromaTerms t) {
+  const uint32_t r = static_cast<uint32_t>(ClampTo((l + t.r) >> 9, 63));
+  const uint32_t g = static_cast<uint32_t>(ClampTo((l + t.g) >> 9, 63));
+  const uint32_t b = static_cast<uint32_t>(ClampTo((l + t.b) >> 10, 31));
+  return b << 21 | g << 10 | r;
+}
+
+// Unaligned-safe stores: rotated cursors may point anywhere a caller's buffer
+// lets them.
+inline void Store16(uint8_t* p, uint16_t v) { memcpy(p, &v, 2); }
+inline void Store32(uint8_t* p, uint32_t v) { memcpy(p, &v, 4); }
+inline void Store64(uint8_t* p, uint64_t v) { memcpy(p, &v, 8); }
+
+}  // namespace scrim
