@@ -8,7 +8,7 @@
 
 using scrim::ChromaTerms;
 using scrim::ChromaTermsOf;
-using scrim::LumaOf;
+using scrim::ColorTables;
 
 namespace {
 
@@ -147,12 +147,13 @@ void Stretch23(const uint64_t* s, int32_t width, Sink sink) {
 template <uint32_t (*Spread)(int32_t, ChromaTerms)>
 void ConvertLines(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
                   const uint8_t* cr, uint64_t* out0, uint64_t* out1, int32_t width) {
+  const ColorTables tab(ctx);
   for (int32_t n = PairsOf(width); n > 0; --n) {
-    const ChromaTerms t = ChromaTermsOf(ctx, *cb++, *cr++);
-    out0[0] = Spread(LumaOf(ctx, y0[0]), t);
-    out0[1] = Spread(LumaOf(ctx, y0[1]), t);
-    out1[0] = Spread(LumaOf(ctx, y1[0]), t);
-    out1[1] = Spread(LumaOf(ctx, y1[1]), t);
+    const ChromaTerms t = ChromaTermsOf(tab, *cb++, *cr++);
+    out0[0] = Spread(tab.Luma(y0[0]), t);
+    out0[1] = Spread(tab.Luma(y0[1]), t);
+    out1[0] = Spread(tab.Luma(y1[0]), t);
+    out1[1] = Spread(tab.Luma(y1[1]), t);
     y0 += 2;
     y1 += 2;
     out0 += 2;
@@ -174,11 +175,12 @@ void ConvertBGR(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, 
 
 void _convert(const ImgPrcContext* ctx, uint32_t* out, uint16_t yPair0, uint16_t yPair1, uint8_t cb,
               uint8_t cr) {
-  const ChromaTerms t = ChromaTermsOf(ctx, cb, cr);
-  out[0] = scrim::SpreadRgb(LumaOf(ctx, static_cast<uint8_t>(yPair0)), t);
-  out[1] = scrim::SpreadRgb(LumaOf(ctx, static_cast<uint8_t>(yPair0 >> 8)), t);
-  out[2] = scrim::SpreadRgb(LumaOf(ctx, static_cast<uint8_t>(yPair1)), t);
-  out[3] = scrim::SpreadRgb(LumaOf(ctx, static_cast<uint8_t>(yPair1 >> 8)), t);
+  const ColorTables tab(ctx);
+  const ChromaTerms t = ChromaTermsOf(tab, cb, cr);
+  out[0] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair0)), t);
+  out[1] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair0 >> 8)), t);
+  out[2] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1)), t);
+  out[3] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1 >> 8)), t);
 }
 
 void VLerp(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t w, int32_t count) {

@@ -38,25 +38,25 @@ void Walk420(const uint8_t* const* src, const uint32_t* strides, int32_t width, 
 }
 
 struct Color565 {
-  const ImgPrcContext* ctx;
+  ColorTables tab;
   Block4 operator()(uint8_t y00, uint8_t y10, uint8_t y01, uint8_t y11, uint8_t cb, uint8_t cr) const {
-    const ChromaTerms t = ChromaTermsOf(ctx, cb, cr);
-    return {Rgb565(LumaOf(ctx, y00), t), Rgb565(LumaOf(ctx, y10), t), Rgb565(LumaOf(ctx, y01), t),
-            Rgb565(LumaOf(ctx, y11), t)};
+    const ChromaTerms t = ChromaTermsOf(tab, cb, cr);
+    return {Rgb565(tab.Luma(y00), t), Rgb565(tab.Luma(y10), t), Rgb565(tab.Luma(y01), t),
+            Rgb565(tab.Luma(y11), t)};
   }
 };
 
 // Keyed RGB555: each pixel compares its own samples with the key; a match is
 // written as 0x0000 (transparent) without computing its colour.
 struct Color555Keyed {
-  const ImgPrcContext* ctx;
+  ColorTables tab;
   uint32_t key;
   uint16_t One(uint8_t y, uint8_t cb, uint8_t cr, ChromaTerms t) const {
     if ((static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
-    return Rgb555Opaque(LumaOf(ctx, y), t);
+    return Rgb555Opaque(tab.Luma(y), t);
   }
   Block4 operator()(uint8_t y00, uint8_t y10, uint8_t y01, uint8_t y11, uint8_t cb, uint8_t cr) const {
-    const ChromaTerms t = ChromaTermsOf(ctx, cb, cr);
+    const ChromaTerms t = ChromaTermsOf(tab, cb, cr);
     return {One(y00, cb, cr, t), One(y10, cb, cr, t), One(y01, cb, cr, t), One(y11, cb, cr, t)};
   }
 };
@@ -68,7 +68,7 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565(ImgPrcContext* ctx, const uin
                                                    uint8_t* dst, int32_t pitch) {
   if (height < 1) return 0;
   PlainBlockWriter out(dst, pitch);
-  Walk420(src, srcStrides, width, height, Color565{ctx}, out);
+  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx)}, out);
   return 0;
 }
 
@@ -78,7 +78,7 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Rot(ImgPrcContext* ctx, const 
   if (height < 1) return 0;
   if (ctx->rotationRecord == nullptr) return 0xFFFFFFFFu;
   CursorBlockWriter out(*ctx->rotationRecord);
-  Walk420(src, srcStrides, width, height, Color565{ctx}, out);
+  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx)}, out);
   return 0;
 }
 
@@ -87,6 +87,6 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB555(ImgPrcContext* ctx, const uin
                                                    uint8_t* dst, int32_t pitch, uint32_t colorKey) {
   if (height < 1) return 0;
   PlainBlockWriter out(dst, pitch);
-  Walk420(src, srcStrides, width, height, Color555Keyed{ctx, colorKey}, out);
+  Walk420(src, srcStrides, width, height, Color555Keyed{ColorTables(ctx), colorKey}, out);
   return 0;
 }

@@ -13,14 +13,15 @@ using namespace scrim;
 
 void Convert_565(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
                  const uint8_t* cr, uint16_t* out0, uint16_t* out1, int32_t width) {
+  const ColorTables tab(ctx);
   int32_t blocks = width >> 1;
   if (blocks < 1) blocks = 1;
   for (int32_t m = 0; m < blocks; ++m) {
-    const ChromaTerms t = ChromaTermsOf(ctx, cb[m], cr[m]);
-    out0[2 * m] = Rgb565(LumaOf(ctx, y0[2 * m]), t);
-    out0[2 * m + 1] = Rgb565(LumaOf(ctx, y0[2 * m + 1]), t);
-    out1[2 * m] = Rgb565(LumaOf(ctx, y1[2 * m]), t);
-    out1[2 * m + 1] = Rgb565(LumaOf(ctx, y1[2 * m + 1]), t);
+    const ChromaTerms t = ChromaTermsOf(tab, cb[m], cr[m]);
+    out0[2 * m] = Rgb565(tab.Luma(y0[2 * m]), t);
+    out0[2 * m + 1] = Rgb565(tab.Luma(y0[2 * m + 1]), t);
+    out1[2 * m] = Rgb565(tab.Luma(y1[2 * m]), t);
+    out1[2 * m + 1] = Rgb565(tab.Luma(y1[2 * m + 1]), t);
   }
 }
 

@@ -41,6 +41,7 @@ void WalkResized(const ImgPrcContext* ctx, const uint8_t* const* src, const uint
   const uint32_t sx = static_cast<uint32_t>(ResizeStep(srcWidth, dstWidth));
   const uint32_t sy = static_cast<uint32_t>(ResizeStep(srcHeight, dstHeight));
   const int32_t last = srcWidth - 1;
+  const ColorTables tab(ctx);
   for (int32_t n = 0; 2 * n < dstHeight; ++n) {
     const uint32_t y0 = static_cast<uint32_t>(2 * n) * sy;
     const LumaRowPair top(src[0], strides[0], y0);
@@ -53,9 +54,9 @@ void WalkResized(const ImgPrcContext* ctx, const uint8_t* const* src, const uint
       const uint32_t x0 = static_cast<uint32_t>(2 * m) * sx;
       const uint32_t x1 = x0 + sx;
       const int32_t ccol = static_cast<int32_t>((x0 >> 16) + (x1 >> 16) + 1) >> 2;
-      const ChromaTerms t = ChromaTermsOf(ctx, cb[ccol], cr[ccol]);
-      out.Block(m, Rgb565(LumaOf(ctx, top.At(x0, last)), t), Rgb565(LumaOf(ctx, top.At(x1, last)), t),
-                Rgb565(LumaOf(ctx, bottom.At(x0, last)), t), Rgb565(LumaOf(ctx, bottom.At(x1, last)), t));
+      const ChromaTerms t = ChromaTermsOf(tab, cb[ccol], cr[ccol]);
+      out.Block(m, Rgb565(tab.Luma(top.At(x0, last)), t), Rgb565(tab.Luma(top.At(x1, last)), t),
+                Rgb565(tab.Luma(bottom.At(x0, last)), t), Rgb565(tab.Luma(bottom.At(x1, last)), t));
     }
   }
 }

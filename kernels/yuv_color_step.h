@@ -18,6 +18,17 @@ inline int32_t ClampTo(int32_t v, int32_t hi) {
   return v < 0 ? 0 : v;
 }
 
+// The three range tables of a context, held apart from it so that a walk
+// keeps them in registers while it stores pixels.
+struct ColorTables {
+  const uint16_t* y;
+  const int64_t* cb;
+  const int64_t* cr;
+  explicit ColorTables(const ImgPrcContext* ctx)
+      : y(ctx->rangeTableY), cb(ctx->rangeTableCb), cr(ctx->rangeTableCr) {}
+  int32_t Luma(uint8_t v) const { return y[v]; }
+};
+
 // Colour terms of one chroma pair. Table entries are signed 32-bit words held
 // in 64-bit slots; only the low 32 bits take part.
 struct ChromaTerms {
@@ -26,9 +37,9 @@ struct ChromaTerms {
   int32_t b;  // Cb entry >> 15
 };
 
-inline ChromaTerms ChromaTermsOf(const ImgPrcContext* ctx, uint8_t cb, uint8_t cr) {
-  const uint32_t eb = static_cast<uint32_t>(ctx->rangeTableCb[cb]);
-  const uint32_t er = static_cast<uint32_t>(ctx->rangeTableCr[cr]);
+inline ChromaTerms ChromaTermsOf(const ColorTables& tab, uint8_t cb, uint8_t cr) {
+  const uint32_t eb = static_cast<uint32_t>(tab.cb[cb]);
+  const uint32_t er = static_cast<uint32_t>(tab.cr[cr]);
   ChromaTerms t;
   t.r = static_cast<int32_t>(er) >> 15;
   t.b = static_cast<int32_t>(eb) >> 15;
@@ -38,14 +49,34 @@ inline ChromaTerms ChromaTermsOf(const ImgPrcContext* ctx, uint8_t cb, uint8_t c
   return t;
 }
 
-inline int32_t LumaOf(const ImgPrcContext* ctx, uint8_t y) { return ctx->rangeTableY[y]; }
+// RGB565: red and blue (L + term) >> 10 clamped to 0..31, green >> 9 clamped
+// to 0..63. The clamps are looked up rather than compared: luma entries are
+// 0..65535 and terms -65536..65535, so the shifted sums stay in -64..127
+// (>> 10) and -128..255 (>> 9), which index these tables directly.
+struct Rgb565ClampTables {
+  uint16_t red[192];    // (sum >> 10) + 64 -> clamped red << 11
+  uint16_t green[384];  // (sum >> 9) + 128 -> clamped green << 5
+  uint16_t blue[192];   // (sum >> 10) + 64 -> clamped blue
+};
+constexpr Rgb565ClampTables MakeRgb565ClampTables() {
+  Rgb565ClampTables t{};
+  for (int i = 0; i < 192; ++i) {
+    const int v = i - 64 < 0 ? 0 : (i - 64 > 31 ? 31 : i - 64);
+    t.red[i] = static_cast<uint16_t>(v << 11);
+    t.blue[i] = static_cast<uint16_t>(v);
+  }
+  for (int i = 0; i < 384; ++i) {
+    const int v = i - 128 < 0 ? 0 : (i - 128 > 63 ? 63 : i - 128);
+    t.green[i] = static_cast<uint16_t>(v << 5);
+  }
+  return t;
+}
+inline constexpr Rgb565ClampTables kRgb565Clamp = MakeRgb565ClampTables();
 
-// RGB565: red and blue 5 bits (>> 10), green 6 bits (>> 9).
 inline uint16_t Rgb565(int32_t l, ChromaTerms t) {
-  const int32_t r = ClampTo((l + t.r) >> 10, 31);
-  const int32_t g = ClampTo((l + t.g) >> 9, 63);
-  const int32_t b = ClampTo((l + t.b) >> 10, 31);
-  return static_cast<uint16_t>(r << 11 | g << 5 | b);
+  return static_cast<uint16_t>(kRgb565Clamp.red[((l + t.r) >> 10) + 64] |
+                               kRgb565Clamp.green[((l + t.g) >> 9) + 128] |
+                               kRgb565Clamp.blue[((l + t.b) >> 10) + 64]);
 }
 
 // RGB555 as the keyed kernel writes it: R in 15-11, G in 10-6, B in 5-1 and

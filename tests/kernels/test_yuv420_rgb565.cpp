@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "kernels/yuv420_rgb16.h"
+#include "kernels/yuv_color_step.h"
 #include "rgb16_ref.h"
 
 using namespace rgb16test;
@@ -50,6 +51,17 @@ TEST(Rgb565Plain, MatchesReferenceWithPaddedStridesAndOddSizes) {
         cv.ExpectEqual(dst);
       }
     }
+  }
+}
+
+TEST(Rgb565ColourStep, LookedUpClampsMatchComparisonsOverEveryReachableSum) {
+  // Luma entries 0..65535 plus terms -65536..65535: every sum of a channel.
+  for (int32_t sum = -65536; sum <= 131070; ++sum) {
+    const int32_t l = std::min(std::max(sum, 0), 65535);
+    const scrim::ChromaTerms t{sum - l, sum - l, sum - l};
+    const uint16_t want =
+        static_cast<uint16_t>(Clamp(sum >> 10, 31) << 11 | Clamp(sum >> 9, 63) << 5 | Clamp(sum >> 10, 31));
+    ASSERT_EQ(scrim::Rgb565(l, t), want) << sum;
   }
 }
 
