@@ -114,8 +114,8 @@ SCRIM_API BOOL GetProcessTimes(HANDLE process, void* creation, void* exit, void*
 SCRIM_API BOOL GetThreadTimes(HANDLE thread, void* creation, void* exit, void* kernel, void* user);
 SCRIM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int wideCount, char* multi,
                                   int multiCount, const char* defaultChar, BOOL* usedDefault);
-SCRIM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* multi, int multiCount, wchar_t* wide,
-                                  int wideCount);
+SCRIM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* multi, int multiCount,
+                                  wchar_t* wide, int wideCount);
 SCRIM_API HRESULT CoInitialize(void* reserved);
 SCRIM_API HRESULT CoInitializeEx(void* reserved, DWORD coInit);
 SCRIM_API void CoUninitialize(void);

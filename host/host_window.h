@@ -33,11 +33,11 @@ typedef struct HostPostedFrame {
   int32_t format;
   int32_t width;
   int32_t height;
-  int32_t stride;            // in pixels, as the buffer was handed out
-  int32_t bufferIndex;       // which buffer of the queue
-  int64_t postedUs;          // gettimeofday time of the post, in microseconds
-  const uint8_t* pixels;     // copy of the whole buffer (null when keepPixels is 0)
-  size_t size;               // bytes in pixels
+  int32_t stride;         // in pixels, as the buffer was handed out
+  int32_t bufferIndex;    // which buffer of the queue
+  int64_t postedUs;       // gettimeofday time of the post, in microseconds
+  const uint8_t* pixels;  // copy of the whole buffer (null when keepPixels is 0)
+  size_t size;            // bytes in pixels
 } HostPostedFrame;
 
 typedef enum HostWindowFault {

@@ -40,8 +40,7 @@ int32_t ANativeWindow_getHeight(ANativeWindow* window);
 int32_t ANativeWindow_getFormat(ANativeWindow* window);
 int32_t ANativeWindow_setBuffersGeometry(ANativeWindow* window, int32_t width, int32_t height,
                                          int32_t format);
-int32_t ANativeWindow_lock(ANativeWindow* window, ANativeWindow_Buffer* outBuffer,
-                           ARect* inOutDirtyBounds);
+int32_t ANativeWindow_lock(ANativeWindow* window, ANativeWindow_Buffer* outBuffer, ARect* inOutDirtyBounds);
 int32_t ANativeWindow_unlockAndPost(ANativeWindow* window);
 
 #ifdef __cplusplus

@@ -1,0 +1,55 @@
+// Pictures for tests: planes with padded strides, filled from a seeded
+// generator so that failures reproduce.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <random>
+#include <vector>
+
+namespace scrimtest {
+
+// A deterministic byte generator (std::mt19937 with a fixed seed).
+class Rng {
+ public:
+  explicit Rng(uint32_t seed) : gen_(seed) {}
+  uint8_t byte() { return static_cast<uint8_t>(gen_() & 0xFF); }
+  uint32_t below(uint32_t n) { return n ? static_cast<uint32_t>(gen_() % n) : 0; }
+  int32_t range(int32_t lo, int32_t hi) {
+    return lo + static_cast<int32_t>(below(static_cast<uint32_t>(hi - lo + 1)));
+  }
+  void fill(std::vector<uint8_t>& v) {
+    for (auto& b : v) b = byte();
+  }
+
+ private:
+  std::mt19937 gen_;
+};
+
+// One 8-bit plane of width x height samples with `stride` bytes per row,
+// allocated to exactly stride x rows bytes (rows may exceed height when a
+// kernel is documented to read beyond it).
+struct Plane {
+  int width = 0, height = 0, stride = 0;
+  std::vector<uint8_t> data;
+  Plane() = default;
+  Plane(int w, int h, int s, int rows = -1) : width(w), height(h), stride(s) {
+    data.assign(static_cast<size_t>(s) * static_cast<size_t>(rows < 0 ? h : rows), 0);
+  }
+  uint8_t& at(int x, int y) { return data[static_cast<size_t>(y) * stride + x]; }
+  uint8_t at(int x, int y) const { return data[static_cast<size_t>(y) * stride + x]; }
+  uint8_t* row(int y) { return data.data() + static_cast<size_t>(y) * stride; }
+};
+
+// A planar YCbCr 4:2:0 picture: luma w x h, chroma (w+1)/2 x (h+1)/2.
+struct I420 {
+  Plane y, cb, cr;
+  uint8_t* planes[3];
+  uint32_t strides[3];
+  // pad: extra bytes per row beyond the samples; extraRows: rows allocated past the picture.
+  I420(int w, int h, int pad = 0, int extraRows = 0);
+  void randomize(Rng& rng);
+};
+
+}  // namespace scrimtest
