@@ -117,8 +117,7 @@ inline uint16_t Blend565(const std::vector<std::pair<uint32_t, uint64_t>>& terms
 // copies holding exactly the bytes up to it, for the kernel to read.
 class Picture {
  public:
-  Picture(int32_t width, int32_t height, int32_t pad, uint32_t seed, int32_t extraRows = 4)
-      : width_(width), height_(height) {
+  Picture(int32_t width, int32_t height, int32_t pad, uint32_t seed, int32_t extraRows = 4) {
     strides_[0] = static_cast<uint32_t>(width + pad);
     strides_[1] = static_cast<uint32_t>((width + 1) / 2 + pad + 3);
     strides_[2] = static_cast<uint32_t>((width + 1) / 2 + pad + 7);
@@ -155,7 +154,6 @@ class Picture {
     reach_[p] = std::max(reach_[p], off);
     return full_[p].at(static_cast<size_t>(off));
   }
-  int32_t width_, height_;
   uint32_t strides_[3];
   std::vector<uint8_t> full_[3];
   std::vector<uint8_t> cut_[3];
