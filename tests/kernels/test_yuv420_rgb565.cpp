@@ -6,25 +6,11 @@
 
 #include "kernels/yuv420_rgb16.h"
 #include "kernels/yuv_color_step.h"
-#include "rgb16_ref.h"
+#include "rgb16_kernel_ref.h"
 
 using namespace rgb16test;
 
 namespace {
-
-// The walk of the unscaled kernels: 2x2 blocks while row < height and
-// column < width; both chroma planes addressed with stride 1.
-template <class Put>
-void ForEachBlockPixel(Picture& pic, int32_t w, int32_t h, Put put) {
-  for (int32_t r = 0; r < h; r += 2) {
-    for (int32_t c = 0; c < w; c += 2) {
-      const uint8_t cb = pic.C(1, c / 2, r / 2, pic.stride(1));
-      const uint8_t cr = pic.C(2, c / 2, r / 2, pic.stride(1));
-      for (int dy = 0; dy < 2; ++dy)
-        for (int dx = 0; dx < 2; ++dx) put(c + dx, r + dy, pic.Y(c + dx, r + dy), cb, cr);
-    }
-  }
-}
 
 struct Size {
   int32_t w, h;
@@ -39,9 +25,7 @@ TEST(Rgb565Plain, MatchesReferenceWithPaddedStridesAndOddSizes) {
         Picture pic(s.w, s.h, pad, s.w * 31 + s.h);
         const int32_t pitch = 2 * (s.w + 1) + 2 * pad;
         Canvas cv(static_cast<size_t>(pitch) * (s.h + 2) + 64);
-        ForEachBlockPixel(pic, s.w, s.h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-          cv.Put16(int64_t{y} * pitch + 2 * x, Ref565(t, yv, cb, cr));
-        });
+        RenderPlain(cv, t, pic, s.w, s.h, pitch);
         pic.Cut();
         auto dst = cv.Target();
         Tables tt(t);
@@ -162,11 +146,7 @@ TEST(Rgb565Rot, EveryRotationThroughTheFourCursors) {
         const int64_t stride = 2 * dw + dpad;
         Canvas cv(static_cast<size_t>(stride * dh));
         const RecordOffsets ro = MakeOffsets(rot, s.w, s.h, stride);
-        const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
-        const int64_t* base = ro.pix;
-        ForEachBlockPixel(pic, s.w, s.h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-          cv.Put16(base[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, Ref565(t, yv, cb, cr));
-        });
+        RenderRot(cv, t, pic, s.w, s.h, ro);
         pic.Cut();
         auto dst = cv.Target();
         Tables tt(t);
@@ -192,16 +172,13 @@ TEST(Rgb565Rot, StepsAreUsedRoundedDownToWholePixels) {
   const Tables t(301, false);
   Picture pic(4, 4, 0, 2);
   Canvas cv(200);
-  ImgPrcRotationRecord ro{};
-  ro.stepX = 9;   // used as 8
-  ro.stepY = 41;  // used as 40
-  const int64_t base[4] = {0, 2, 20, 22};
+  const RecordOffsets odd = {9, 41, {0, 2, 20, 22}};  // steps used as 8 and 40
   ForEachBlockPixel(pic, 4, 4, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(base[(x & 1) + 2 * (y & 1)] + (x >> 1) * 8 + (y >> 1) * 40, Ref565(t, yv, cb, cr));
+    cv.Put16(odd.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * 8 + (y >> 1) * 40, Ref565(t, yv, cb, cr));
   });
   pic.Cut();
   auto dst = cv.Target();
-  ro.pix00 = dst.data(), ro.pix10 = dst.data() + 2, ro.pix01 = dst.data() + 20, ro.pix11 = dst.data() + 22;
+  ImgPrcRotationRecord ro = MakeRecord(odd, dst.data());
   Tables tt(t);
   tt.ctx.rotationRecord = &ro;
   _ORUYCbCr420ToRGB565Rot(&tt.ctx, pic.planes(), pic.strides(), 4, 4);

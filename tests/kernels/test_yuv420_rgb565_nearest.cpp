@@ -5,32 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "kernels/yuv420_rgb16.h"
-#include "rgb16_ref.h"
+#include "rgb16_kernel_ref.h"
 
 using namespace rgb16test;
 
 namespace {
-
-using Pixels = std::vector<uint16_t>;
-
-// RGB565 line of source row r as the kernels hold it: converted with its
-// pair's chroma row, directly or doubled across by averaging.
-Pixels SourceLine(const Tables& t, Picture& pic, int32_t sw, int64_t r, bool doubled) {
-  Pixels out;
-  uint64_t prev = 0;
-  for (int32_t x = 0; x < sw; ++x) {
-    const uint8_t y = pic.Y(x, r), cb = pic.Cb(x / 2, r / 2), cr = pic.Cr(x / 2, r / 2);
-    if (!doubled) {
-      out.push_back(Ref565(t, y, cb, cr));
-      continue;
-    }
-    const uint64_t e = RefSpread(t, y, cb, cr);
-    out.push_back(Blend565({{1, x == 0 ? e : prev}, {1, e}}, 2));
-    out.push_back(Blend565({{1, e}}, 1));
-    prev = e;
-  }
-  return out;
-}
 
 struct Case {
   int32_t sw, sh, dw, dh;
@@ -38,28 +17,8 @@ struct Case {
 
 void CheckNearest(bool doubled, const Case c, int32_t pitch, const Tables& t) {
   Picture pic(c.sw, c.sh, 3, c.sw * 3 + c.dh + doubled);
-  const int64_t rowBytes = int64_t{pitch >> 2} * 8;
-  Canvas cv(rowBytes * c.dh + 8 * c.dw + 16);
-  int64_t shown = -1, pairDone = -1;
-  Pixels rows[2];
-  for (int32_t j = 0; j < c.dh; ++j) {
-    const int64_t r = int64_t{j} * c.sh / c.dh;
-    if (r / 2 != pairDone) {  // the whole pair is converted
-      pairDone = r / 2;
-      rows[0] = SourceLine(t, pic, c.sw, 2 * pairDone, doubled);
-      rows[1] = SourceLine(t, pic, c.sw, 2 * pairDone + 1, doubled);
-    }
-    if (r == shown) {
-      cv.Copy(j * rowBytes, (j - 1) * rowBytes, 2 * c.dw);
-    } else {
-      const Pixels& line = rows[r % 2];
-      const int64_t lw = static_cast<int64_t>(line.size());
-      for (int32_t e = 0; e < c.dw / 2; ++e)
-        cv.Put64(j * rowBytes + 8 * e,
-                 line[2 * e * lw / c.dw] | uint64_t{line[(2 * e + 1) * lw / c.dw]} << 16);
-    }
-    shown = r;
-  }
+  Canvas cv(WideRow(pitch) * c.dh + 8 * c.dw + 16);
+  RenderNearest(cv, t, pic, c.sw, c.sh, c.dw, c.dh, pitch, doubled);
   pic.Cut();
   auto dst = cv.Target();
   LineSet lines(std::max(c.sw, 2) * (doubled ? 8 : 2));

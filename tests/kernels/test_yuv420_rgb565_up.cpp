@@ -4,133 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "kernels/yuv420_rgb16.h"
-#include "rgb16_ref.h"
+#include "rgb16_kernel_ref.h"
 
 using namespace rgb16test;
 
 namespace {
-
-using Line = std::vector<uint64_t>;
-using Pixels = std::vector<uint16_t>;
-
-uint64_t Spread(uint32_t r, uint32_t g, uint32_t b) { return uint64_t{r} << 21 | uint64_t{g} << 10 | b; }
-
-Line Blend(const Line& a, const Line& b, uint32_t wb, uint32_t total) {
-  Line out(a.size());
-  const uint32_t wa = total - wb;
-  for (size_t x = 0; x < a.size(); ++x)
-    out[x] = Spread((wa * RedOf(a[x]) + wb * RedOf(b[x])) / total,
-                    (wa * GreenOf(a[x]) + wb * GreenOf(b[x])) / total,
-                    (wa * BlueOf(a[x]) + wb * BlueOf(b[x])) / total);
-  return out;
-}
-
-// Spread source row r converted with chroma row c, and the reads that the
-// conversion of a whole row pair makes.
-Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int64_t c) {
-  Line l(sw);
-  for (int32_t x = 0; x < sw; ++x) l[x] = RefSpread(t, pic.Y(x, r), pic.Cb(x / 2, c), pic.Cr(x / 2, c));
-  return l;
-}
-
-// The line cache as described: slots A, B, C tagged with rows; a pair that
-// starts at row r is converted with chroma row r >> 1 for both rows.
-class RefCache {
- public:
-  RefCache(const Tables& t, Picture& pic, int32_t sw) : t_(t), pic_(pic), sw_(sw) {}
-  Line At(uint32_t p) {
-    const int32_t y = p >> 16, f = (p >> 11) & 31;
-    if (tag_[0] != y) {
-      if (tag_[1] == y) {
-        Rotate(1);
-      } else if (tag_[2] == y) {
-        Rotate(2);
-      } else {
-        Fill(y, 0, 1);
-      }
-    }
-    if (f == 0) return line_[0];
-    if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    return Blend(line_[0], line_[1], f, 32);
-  }
-
- private:
-  void Fill(int32_t r, int a, int b) {
-    line_[a] = SpreadRow(t_, pic_, sw_, r, r >> 1);
-    line_[b] = SpreadRow(t_, pic_, sw_, r + 1, r >> 1);
-    tag_[a] = r;
-    tag_[b] = r + 1;
-  }
-  void Rotate(int by) {
-    Line l[3] = {line_[0], line_[1], line_[2]};
-    int32_t g[3] = {tag_[0], tag_[1], tag_[2]};
-    for (int i = 0; i < 3; ++i) line_[i] = l[(i + by) % 3], tag_[i] = g[(i + by) % 3];
-  }
-  const Tables& t_;
-  Picture& pic_;
-  int32_t sw_;
-  Line line_[3];
-  int32_t tag_[3] = {-1, -1, -1};
-};
-
-int32_t Step(int32_t src, int32_t dst) {
-  return dst == 1 ? 0 : static_cast<int32_t>((int64_t{src - 1} << 16) / (dst - 1));
-}
-
-// Linear stretch of a spread line; the entry past the line only ever gets
-// weight 0.
-Pixels Stretch(const Line& l, uint32_t step, int32_t dw) {
-  Pixels out(2 * std::max(1, dw / 2));
-  for (size_t k = 0; k < out.size(); ++k) {
-    const uint32_t p = k * step, i = p >> 16, f = (p >> 11) & 31;
-    if (i + 1 >= l.size()) {
-      EXPECT_EQ(f, 0u);
-    }
-    out[k] = Blend565({{32 - f, l.at(i)}, {f, i + 1 < l.size() ? l[i + 1] : 0}}, 32);
-  }
-  return out;
-}
-
-// Fixed 1.5x and 2.5x stretches, by their phase tables.
-Pixels Stretch23(const Line& l) {
-  const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
-  Pixels out;
-  for (int32_t r = 0; r < rounds; ++r) {
-    const uint64_t a = l[4 * r], b = l[4 * r + 1], c = l[4 * r + 2], d = l[4 * r + 3];
-    const uint64_t e = r + 1 < rounds ? l[4 * r + 4] : d;
-    out.push_back(Blend565({{1, a}}, 1));
-    out.push_back(Blend565({{11, a}, {21, b}}, 32));
-    out.push_back(Blend565({{21, b}, {11, c}}, 32));
-    out.push_back(Blend565({{1, c}}, 1));
-    out.push_back(Blend565({{11, c}, {21, d}}, 32));
-    out.push_back(Blend565({{21, d}, {11, e}}, 32));
-  }
-  return out;
-}
-
-Pixels Stretch25(const Line& l) {
-  const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
-  Pixels out;
-  for (int32_t pair = 0; pair < 2 * rounds; ++pair) {
-    const uint64_t a = l[2 * pair], b = l[2 * pair + 1];
-    const uint64_t c = pair + 1 < 2 * rounds ? l[2 * pair + 2] : b;
-    out.push_back(Blend565({{1, a}}, 1));
-    out.push_back(Blend565({{5, a}, {3, b}}, 8));
-    out.push_back(Blend565({{7, a}, {25, b}}, 32));
-    out.push_back(Blend565({{13, b}, {3, c}}, 16));
-    out.push_back(Blend565({{19, b}, {13, c}}, 32));
-  }
-  return out;
-}
-
-int64_t WideRow(int32_t pitch) { return int64_t{pitch >> 2} * 8; }
-
-// One output row of pixel pairs in 64-bit words with a zero upper half.
-void PutPairs(Canvas& cv, int64_t at, const Pixels& px) {
-  for (size_t e = 0; e + 1 < px.size(); e += 2) cv.Put64(at + 4 * e, px[e] | uint64_t{px[e + 1]} << 16);
-}
-
-size_t LineBytes(int32_t sw) { return std::max<size_t>(sw + 1, 4) * 8; }
 
 struct Case {
   int32_t sw, sh, dw, dh;
@@ -151,7 +29,7 @@ TEST(Rgb565RszUp, MatchesReferenceWithDoubledRowSpacing) {
           PutPairs(cv, j * WideRow(pitch), Stretch(cache.At(j * sy), sx, c.dw));
         pic.Cut();
         auto dst = cv.Target();
-        LineSet lines(LineBytes(c.sw));
+        LineSet lines(SpreadLineBytes(c.sw));
         Tables tt(t);
         EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp(&tt.ctx, lines.ptr, pic.planes(), pic.strides(), c.sw, c.sh,
                                             dst.data(), pitch, c.dw, c.dh),
@@ -184,7 +62,7 @@ TEST(Rgb565RszUp, PairsStartingOnOddRowsShareTheirFirstRowsChroma) {
   }
   pic.Cut();
   auto dst = cv.Target();
-  LineSet lines(LineBytes(8));
+  LineSet lines(SpreadLineBytes(8));
   Tables tt(t);
   _ORUYCbCr420ToRGB565RszUp(&tt.ctx, lines.ptr, pic.planes(), pic.strides(), 8, 11, dst.data(), 16, 8, 5);
   cv.ExpectEqual(dst);
@@ -219,17 +97,10 @@ TEST(Rgb565RszUpRot, EveryRotationFromOneCursor) {
         // As the router passes them: the first cursor and half of each block step.
         const RecordOffsets ro = MakeOffsets(rot, c.dw, c.dh, stride);
         const int32_t rowStep = ro.stepY / 2, colStep = ro.stepX / 2;
-        RefCache cache(t, pic, c.sw);
-        const uint32_t sx = Step(c.sw, c.dw), sy = Step(c.sh, c.dh);
-        std::vector<Pixels> rows;
-        for (int32_t j = 0; j < c.dh; ++j) {
-          rows.push_back(Stretch(cache.At(j * sy), sx, c.dw));
-          for (int32_t k = 0; k < c.dw; ++k)
-            cv.Put16(ro.pix[0] + int64_t{j} * rowStep + int64_t{k} * colStep, rows[j][k]);
-        }
+        const auto rows = RenderRszUpRot(cv, t, pic, c.sw, c.sh, c.dw, c.dh, ro.pix[0], rowStep, colStep);
         pic.Cut();
         auto dst = cv.Target();
-        LineSet lines(LineBytes(c.sw));
+        LineSet lines(SpreadLineBytes(c.sw));
         Tables tt(t);
         EXPECT_EQ(_ORUYCbCr420ToRGB565RszUpRot(&tt.ctx, lines.ptr, pic.planes(), pic.strides(), c.sw, c.sh,
                                                dst.data() + ro.pix[0], rowStep, colStep, c.dw, c.dh),
@@ -258,12 +129,10 @@ TEST(Rgb565Case2, FixedThreeHalvesAcrossBilinearDown) {
       const int32_t pitch = 3 * c.sw + 4;
       Picture pic(c.sw, c.sh, 4, c.sw * c.dh);
       Canvas cv(WideRow(pitch) * c.dh + 8 * c.sw);
-      RefCache cache(t, pic, c.sw);
-      const uint32_t sy = Step(c.sh, c.dh);
-      for (int32_t j = 0; j < c.dh; ++j) PutPairs(cv, j * WideRow(pitch), Stretch23(cache.At(j * sy)));
+      RenderCase2(cv, t, pic, c.sw, c.sh, c.dh, pitch);
       pic.Cut();
       auto dst = cv.Target();
-      LineSet lines(LineBytes(c.sw));
+      LineSet lines(SpreadLineBytes(c.sw));
       Tables tt(t);
       EXPECT_EQ(_ORUYCbCr420ToRGB565Case2(&tt.ctx, lines.ptr, pic.planes(), pic.strides(), c.sw, c.sh,
                                           dst.data(), pitch, c.dh),
@@ -283,18 +152,11 @@ TEST(Rgb565Case1, FiveHalvesAcrossTwiceDownInGroupsOfFour) {
       const int32_t groups = (c.dh - 1) / 4 + 1;
       Picture pic(c.sw, c.sh, 3, c.sw + c.dh, 2 * groups + 2);
       Canvas cv(WideRow(pitch) * 4 * groups);
-      // Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1;
-      // the last group's second pair lies past the picture.
-      std::vector<Line> src;
-      for (int32_t r = 0; r < 2 * groups + 2; ++r) src.push_back(SpreadRow(t, pic, c.sw, r, r / 2));
-      for (int32_t k = 0; k < 2 * groups; ++k) {
-        PutPairs(cv, 2 * k * WideRow(pitch), Stretch25(src[k]));
-        PutPairs(cv, (2 * k + 1) * WideRow(pitch), Stretch25(Blend(src[k], src[k + 1], 1, 2)));
-      }
+      RenderCase1(cv, t, pic, c.sw, c.dh, pitch);
       pic.Cut();
       EXPECT_EQ(pic.reach(0), (2 * groups + 1) * int64_t{pic.stride(0)} + c.sw - 1);
       auto dst = cv.Target();
-      LineSet lines(LineBytes(c.sw));
+      LineSet lines(SpreadLineBytes(c.sw));
       Tables tt(t);
       EXPECT_EQ(_ORUYCbCr420ToRGB565Case1(&tt.ctx, lines.ptr, pic.planes(), pic.strides(), c.sw, dst.data(),
                                           pitch, c.dh),
@@ -305,25 +167,12 @@ TEST(Rgb565Case1, FiveHalvesAcrossTwiceDownInGroupsOfFour) {
   }
 }
 
-// The documented weight table of the 320x240 to 480x272 kernel.
-constexpr int32_t kBandRow[17] = {0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 13, 14};
-constexpr uint32_t kBandWeight[17] = {0, 7, 6, 5, 4, 3, 2, 1, 0, 0, 7, 6, 5, 4, 3, 2, 1};
-
 TEST(Rgb565Case3, FifteenRowsToSeventeenAndTwoColumnsToThree) {
   const Tables t(1000, false);
   for (int32_t pitch : {960, 1000}) {
     Picture pic(320, 240, 8, pitch);
     Canvas cv(WideRow(pitch) * 272);
-    std::vector<Line> src;
-    for (int32_t r = 0; r < 240; ++r) src.push_back(SpreadRow(t, pic, 320, r, r / 2));
-    for (int32_t j = 0; j < 272; ++j) {
-      const int32_t r = 15 * (j / 17) + kBandRow[j % 17];
-      const uint32_t w = kBandWeight[j % 17];
-      const Line v = Blend(src[r], src[std::min(r + 1, 239)], w, 8);
-      const Pixels px = Stretch23(v);
-      ASSERT_EQ(px.size(), 480u);
-      PutPairs(cv, j * WideRow(pitch), px);
-    }
+    RenderCase3(cv, t, pic, pitch);
     pic.Cut();
     auto dst = cv.Target();
     EXPECT_EQ(dst.size(), static_cast<size_t>(WideRow(pitch) * 271 + 240 * 8));
