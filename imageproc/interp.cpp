@@ -144,7 +144,7 @@ void Stretch23(const uint64_t* s, int32_t width, Sink sink) {
   Phases23(s[0], s[1], s[2], s[3], s[3], sink);
 }
 
-template <uint32_t (*Spread)(int32_t, ChromaTerms)>
+template <uint32_t (*Spread)(ptrdiff_t, ChromaTerms)>
 void ConvertLines(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
                   const uint8_t* cr, uint64_t* out0, uint64_t* out1, int32_t width) {
   const ColorTables tab(ctx);

@@ -13,7 +13,7 @@ namespace scrim {
 
 // Clamp order matters for no result but is kept as the tables expect it: upper
 // bound first, then lower.
-inline int32_t ClampTo(int32_t v, int32_t hi) {
+inline ptrdiff_t ClampTo(ptrdiff_t v, ptrdiff_t hi) {
   v = v > hi ? hi : v;
   return v < 0 ? 0 : v;
 }
@@ -26,15 +26,17 @@ struct ColorTables {
   const int64_t* cr;
   explicit ColorTables(const ImgPrcContext* ctx)
       : y(ctx->rangeTableY), cb(ctx->rangeTableCb), cr(ctx->rangeTableCr) {}
-  int32_t Luma(uint8_t v) const { return y[v]; }
+  ptrdiff_t Luma(uint8_t v) const { return y[v]; }
 };
 
 // Colour terms of one chroma pair. Table entries are signed 32-bit words held
-// in 64-bit slots; only the low 32 bits take part.
+// in 64-bit slots; only the low 32 bits take part. The terms and the sums
+// with a luma entry fit 32 bits; they are held in address-sized integers so
+// that the sums index the clamp tables directly.
 struct ChromaTerms {
-  int32_t r;  // Cr entry >> 15
-  int32_t g;  // low halves of Cb + Cr entries, as signed 16-bit, doubled
-  int32_t b;  // Cb entry >> 15
+  ptrdiff_t r;  // Cr entry >> 15
+  ptrdiff_t g;  // low halves of Cb + Cr entries, as signed 16-bit, doubled
+  ptrdiff_t b;  // Cb entry >> 15
 };
 
 inline ChromaTerms ChromaTermsOf(const ColorTables& tab, uint8_t cb, uint8_t cr) {
@@ -45,7 +47,7 @@ inline ChromaTerms ChromaTermsOf(const ColorTables& tab, uint8_t cb, uint8_t cr)
   t.b = static_cast<int32_t>(eb) >> 15;
   // The sum is formed on 32 bits, so a carry between the two low halves is
   // dropped here on purpose.
-  t.g = static_cast<int32_t>(static_cast<int16_t>(static_cast<uint16_t>(eb + er))) * 2;
+  t.g = static_cast<ptrdiff_t>(static_cast<int16_t>(static_cast<uint16_t>(eb + er))) * 2;
   return t;
 }
 
@@ -73,24 +75,24 @@ constexpr Rgb565ClampTables MakeRgb565ClampTables() {
 }
 inline constexpr Rgb565ClampTables kRgb565Clamp = MakeRgb565ClampTables();
 
-inline uint16_t Rgb565(int32_t l, ChromaTerms t) {
-  return static_cast<uint16_t>(kRgb565Clamp.red[((l + t.r) >> 10) + 64] |
-                               kRgb565Clamp.green[((l + t.g) >> 9) + 128] |
-                               kRgb565Clamp.blue[((l + t.b) >> 10) + 64]);
+inline uint16_t Rgb565(ptrdiff_t l, ChromaTerms t) {
+  return static_cast<uint16_t>((kRgb565Clamp.red + 64)[(l + t.r) >> 10] |
+                               (kRgb565Clamp.green + 128)[(l + t.g) >> 9] |
+                               (kRgb565Clamp.blue + 64)[(l + t.b) >> 10]);
 }
 
 // RGB555 as the keyed kernel writes it: R in 15-11, G in 10-6, B in 5-1 and
 // bit 0 set (opaque), so that 0x0000 stays free to mark a keyed-out pixel.
-inline uint16_t Rgb555Opaque(int32_t l, ChromaTerms t) {
-  const int32_t r = ClampTo((l + t.r) >> 10, 31);
-  const int32_t g = ClampTo((l + t.g) >> 10, 31);
-  const int32_t b = ClampTo((l + t.b) >> 10, 31);
+inline uint16_t Rgb555Opaque(ptrdiff_t l, ChromaTerms t) {
+  const ptrdiff_t r = ClampTo((l + t.r) >> 10, 31);
+  const ptrdiff_t g = ClampTo((l + t.g) >> 10, 31);
+  const ptrdiff_t b = ClampTo((l + t.b) >> 10, 31);
   return static_cast<uint16_t>(r << 11 | g << 6 | b << 1 | 1);
 }
 
 // Spread pixel of the line interpolators: red 6 bits at bit 21, green 6 bits
 // at bit 10, blue 5 bits at bit 0, zero everywhere else.
-inline uint32_t SpreadRgb(int32_t l, ChromaTerms t) {
+inline uint32_t SpreadRgb(ptrdiff_t l, ChromaTerms t) {
   const uint32_t r = static_cast<uint32_t>(ClampTo((l + t.r) >> 9, 63));
   const uint32_t g = static_cast<uint32_t>(ClampTo((l + t.g) >> 9, 63));
   const uint32_t b = static_cast<uint32_t>(ClampTo((l + t.b) >> 10, 31));
@@ -99,7 +101,7 @@ inline uint32_t SpreadRgb(int32_t l, ChromaTerms t) {
 
 // The same values with red and blue exchanged: 5-bit blue in the red field,
 // 6-bit red in the low field (which then reaches into bit 5).
-inline uint32_t SpreadBgr(int32_t l, ChromaTerms t) {
+inline uint32_t SpreadBgr(ptrdiff_t l, ChromaTerms t) {
   const uint32_t r = static_cast<uint32_t>(ClampTo((l + t.r) >> 9, 63));
   const uint32_t g = static_cast<uint32_t>(ClampTo((l + t.g) >> 9, 63));
   const uint32_t b = static_cast<uint32_t>(ClampTo((l + t.b) >> 10, 31));

@@ -41,6 +41,13 @@ struct Tables {
     }
     Attach();
   }
+  // A copy of the tables an image processor built.
+  explicit Tables(const ImgPrcContext& from)
+      : y(from.rangeTableY, from.rangeTableY + 256),
+        cb(from.rangeTableCb, from.rangeTableCb + 256),
+        cr(from.rangeTableCr, from.rangeTableCr + 256) {
+    Attach();
+  }
   Tables(const Tables& o) : y(o.y), cb(o.cb), cr(o.cr), ctx(o.ctx) { Attach(); }
   Tables& operator=(const Tables&) = delete;
 
@@ -143,9 +150,11 @@ class Picture {
     for (int p = 0; p < 3; ++p) {
       cut_[p].assign(full_[p].begin(), full_[p].begin() + (reach_[p] + 1));
       ptrs_[p] = cut_[p].data();
+      raw_[p] = cut_[p].data();
     }
   }
   const uint8_t* const* planes() const { return ptrs_; }
+  uint8_t** raw() { return raw_; }  // the same planes, as the frame call takes them
   uint32_t* strides() { return strides_; }
   int64_t reach(int plane) const { return reach_[plane]; }
 
@@ -158,6 +167,7 @@ class Picture {
   std::vector<uint8_t> full_[3];
   std::vector<uint8_t> cut_[3];
   const uint8_t* ptrs_[3] = {nullptr, nullptr, nullptr};
+  uint8_t* raw_[3] = {nullptr, nullptr, nullptr};
   mutable int64_t reach_[3] = {0, 0, 0};
 };
 
