@@ -1,0 +1,92 @@
+// Helpers shared by the image-processor tests: instances that destroy
+// themselves, and pictures whose planes are separate buffers of exactly the
+// size a picture needs, so that AddressSanitizer sees any byte written past them.
+#pragma once
+
+#include <stdint.h>
+
+#include <vector>
+
+#include "imageproc/imgprc_context.h"
+#include "imageproc/oru_imageproc.h"
+
+struct CreateArgs {
+  uint32_t format = 0x000;
+  uint32_t srcWidth = 16, srcHeight = 8, dstWidth = 16, dstHeight = 8;
+  uint32_t rotation = 0;
+  uint32_t resizeMode = 1;
+  uint32_t colorMatrix = 0, fullRange = 0;
+};
+
+inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
+  ImgPrcCreateParams p = {};
+  p.size = sizeof p;
+  p.format = a.format;
+  p.rotation = a.rotation;
+  p.resizeMode = a.resizeMode;
+  p.srcWidth = a.srcWidth;
+  p.srcHeight = a.srcHeight;
+  p.dstWidth = a.dstWidth;
+  p.dstHeight = a.dstHeight;
+  p.alpha = 0xFF;
+  p.colorMatrix = a.colorMatrix;
+  p.fullRange = a.fullRange;
+  return p;
+}
+
+// An instance destroyed at the end of the scope.
+class Instance {
+ public:
+  explicit Instance(const CreateArgs& a) {
+    ImgPrcCreateParams p = MakeParams(a);
+    result_ = ORU_IMAGEPROC_Create(&handle_, 0, &p);
+  }
+  ~Instance() {
+    if (handle_) ORU_IMAGEPROC_Destroy(handle_);
+  }
+  Instance(const Instance&) = delete;
+  Instance& operator=(const Instance&) = delete;
+
+  uint32_t result() const { return result_; }
+  void* handle() const { return handle_; }
+  ImgPrcContext* ctx() const { return static_cast<ImgPrcContext*>(handle_); }
+
+ private:
+  void* handle_ = nullptr;
+  uint32_t result_ = 0;
+};
+
+// Up to three planes, each `rows` rows at its own stride, the last row only
+// `width` bytes long. Filled with a pattern that differs per plane and seed.
+struct Picture {
+  std::vector<uint8_t> bytes[3];
+  uint8_t* planes[3] = {nullptr, nullptr, nullptr};
+  uint32_t strides[3] = {0, 0, 0};
+
+  Picture() = default;
+  Picture(const Picture&) = delete;
+  Picture& operator=(const Picture&) = delete;
+
+  void AddPlane(int i, uint32_t width, uint32_t rows, uint32_t stride, uint8_t seed) {
+    size_t size = rows == 0 ? 0 : static_cast<size_t>(stride) * (rows - 1) + width;
+    bytes[i].resize(size == 0 ? 1 : size);
+    for (size_t k = 0; k < bytes[i].size(); ++k)
+      bytes[i][k] = static_cast<uint8_t>(seed + k * 13 + (k >> 5) * 7);
+    planes[i] = bytes[i].data();
+    strides[i] = stride;
+  }
+};
+
+// A planar 4:2:0 picture of width x height (chroma (width / 2) x (height / 2))
+// with the given strides.
+inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t lumaStride, uint32_t cbStride,
+                       uint32_t crStride, uint8_t seed) {
+  pic.AddPlane(0, width, height, lumaStride, seed);
+  pic.AddPlane(1, width / 2, height / 2, cbStride, static_cast<uint8_t>(seed + 101));
+  pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
+}
+
+inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
+  ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
+  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
+}

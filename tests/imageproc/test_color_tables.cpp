@@ -1,0 +1,337 @@
+// Colour tables: the coefficient table, the range tables for every matrix and
+// range with and without adjustment, the YCbCr adjustment tables, and the
+// colour key. Expected values come from the formulas worked here (a small
+// double-precision reference with its own copy of the coefficients), never from
+// the code under test.
+#include <gtest/gtest.h>
+#include <math.h>
+#include <stdint.h>
+
+#include "imageproc/color_tables.h"
+#include "imageproc_test_util.h"
+
+namespace {
+
+// The listed four-decimal coefficients: matrix-major, then block, then rows.
+const double kListed[4 * 4 * 12] = {
+    // BT.601
+    1.1644, 0, 1.596, -222.9216, 1.1644, -0.3918, -0.813, 135.5753, 1.1644, 2.0172, 0, -276.8359,  //
+    1, 0, 1.402, 0, 1, -0.3441, -0.7141, 0, 1, 1.772, 0, 0,                                        //
+    0.2568, 0.5041, 0.0979, 16, -0.1482, -0.291, 0.4392, 128, 0.4392, -0.3678, -0.0714, 128,       //
+    0.299, 0.587, 0.114, 0, -0.1687, -0.3313, 0.5, 0, 0.5, -0.4187, -0.0813, 0,                    //
+    // BT.709
+    1.1644, 0, 1.7927, -248.101, 1.1644, -0.2132, -0.5329, 76.8781, 1.1644, 2.1124, 0, -289.0176,  //
+    1, 0, 1.5748, 0, 1, -0.1876, -0.4681, 0, 1, 1.8556, 0, 0,                                      //
+    0.1826, 0.6142, 0.062, 16, -0.1006, -0.3386, 0.4392, 128, 0.4392, -0.3989, -0.0403, 128,       //
+    0.2126, 0.7152, 0.0722, 0, -0.1146, -0.3854, 0.5, 0, 0.5, -0.4542, -0.0458, 0,                 //
+    // SMPTE 240M
+    1.1644, 0, 1.7941, -248.2759, 1.1644, -0.258, -0.5426, 83.8426, 1.1644, 2.0787, 0, -284.7044,  //
+    1, 0, 1.576, 0, 1, -0.2266, -0.4766, 0, 1, 1.826, 0, 0,                                        //
+    0.1821, 0.602, 0.0747, 16, -0.102, -0.3372, 0.4392, 128, 0.4392, -0.3907, -0.0485, 128,        //
+    0.212, 0.701, 0.087, 0, -0.1161, -0.3839, 0.5, 0, 0.5, -0.4448, -0.0552, 0,                    //
+    // FCC
+    1.1644, 0, 1.5938, -222.6307, 1.1644, -0.3778, -0.8104, 133.4561, 1.1644, 2.0263, 0, -278.0016,  //
+    1, 0, 1.4, 0, 1, -0.3319, -0.7119, 0, 1, 1.78, 0, 0,                                             //
+    0.2576, 0.5067, 0.0945, 16, -0.1481, -0.2912, 0.4392, 128, 0.4392, -0.3702, -0.069, 128,         //
+    0.3, 0.59, 0.11, 0, -0.1685, -0.3315, 0.5, 0, 0.5, -0.4214, -0.0786, 0,                          //
+};
+
+double Single(double listed) { return static_cast<double>(static_cast<float>(listed)); }
+
+// ---- reference range tables -------------------------------------------------
+
+struct RangeTables {
+  uint16_t y[256];
+  int64_t cb[256];
+  int64_t cr[256];
+};
+
+long RoundTruncClamp(double v, long lo, long hi) {
+  long t = static_cast<long>(trunc(v + 0.5));
+  return t < lo ? lo : t > hi ? hi : t;
+}
+
+double Factor(int v) { return v < 0 ? 0.0 : v < 256 ? v / 128.0 : 1.9921875; }
+
+int64_t Pack(long high, long low) {
+  uint32_t w = (static_cast<uint32_t>(high) << 16) | (static_cast<uint32_t>(low) & 0xFFFF);
+  return static_cast<int32_t>(w);
+}
+
+RangeTables ReferenceRange(int matrix, bool full, int b, int c, int s) {
+  const double* k = kListed + matrix * 48 + (full ? 12 : 0);
+  const double ygain = Single(k[0]), rcr = Single(k[2]), gcb = Single(k[5]), gcr = Single(k[6]),
+               bcb = Single(k[9]);
+  float bo = 2.0f * (static_cast<float>(b) - 128.0f);
+  bo = bo < -255.0f ? -255.0f : bo > 255.0f ? 255.0f : bo;
+  const double cf = Factor(c), sf = Factor(s);
+  RangeTables t;
+  for (int i = 0; i < 256; ++i) {
+    const int level = full ? i : i - 16;
+    const int d = full ? i : i - 128;
+    t.y[i] = static_cast<uint16_t>(RoundTruncClamp((level * cf + bo) * ygain * 128, 0, 65535));
+    auto term = [&](double w) { return RoundTruncClamp(d * w * sf * 64, -32768, 32767); };
+    t.cb[i] = Pack(term(bcb), term(gcb));
+    t.cr[i] = Pack(term(rcr), term(gcr));
+  }
+  return t;
+}
+
+void ExpectTables(const ImgPrcContext* ctx, const RangeTables& want, const char* what) {
+  for (int i = 0; i < 256; ++i) {
+    ASSERT_EQ(ctx->rangeTableY[i], want.y[i]) << what << " Y entry " << i;
+    ASSERT_EQ(ctx->rangeTableCb[i], want.cb[i]) << what << " Cb entry " << i;
+    ASSERT_EQ(ctx->rangeTableCr[i], want.cr[i]) << what << " Cr entry " << i;
+  }
+}
+
+int16_t High(int64_t entry) { return static_cast<int16_t>(static_cast<uint32_t>(entry) >> 16); }
+int16_t Low(int64_t entry) { return static_cast<int16_t>(entry & 0xFFFF); }
+
+void SetAdjust(const Instance& inst, int b, int c, int s) {
+  ImgPrcColorAdjust a = {b, c, s};
+  ASSERT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, sizeof a), IMGPRC_OK);
+}
+
+// ---- csc_coef and matrix selection --------------------------------------------
+
+TEST(CscCoef, EveryValueIsTheListedValueInSinglePrecision) {
+  for (int i = 0; i < 192; ++i) EXPECT_EQ(csc_coef[i], Single(kListed[i])) << "value " << i;
+  EXPECT_EQ(csc_coef[0], 1.1643999814987183);
+}
+
+TEST(UpdateColorMatrix, PointsAtTheBlocksOfMatrixAndRange) {
+  for (uint32_t m = 0; m < 4; ++m) {
+    for (uint32_t r = 0; r < 2; ++r) {
+      ImgPrcContext ctx = {};
+      EXPECT_EQ(UpdateColorMatrix(&ctx, m, r), 0);
+      EXPECT_EQ(ctx.matrixIndex, m);
+      EXPECT_EQ(ctx.fullRange, r);
+      EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef + m * 48 + r * 12);
+      EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + m * 48 + r * 12 + 24);
+    }
+  }
+}
+
+TEST(UpdateColorMatrix, OutOfRangeValuesSelectBt601VideoRange) {
+  ImgPrcContext ctx = {};
+  EXPECT_EQ(UpdateColorMatrix(&ctx, 4, 2), 0);
+  EXPECT_EQ(ctx.matrixIndex, 0u);
+  EXPECT_EQ(ctx.fullRange, 0u);
+  EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef);
+  EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + 24);
+}
+
+// ---- range tables -------------------------------------------------------------
+
+TEST(RangeTables, NeutralBt601VideoRangeWorkedValues) {
+  Instance inst({});
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ(ctx->rangeTableY[0], 0);  // clamped from -2384
+  EXPECT_EQ(ctx->rangeTableY[16], 0);
+  EXPECT_EQ(ctx->rangeTableY[235], 32640);
+  EXPECT_EQ(ctx->rangeTableY[255], 35621);
+  EXPECT_EQ(High(ctx->rangeTableCr[240]), 11440);
+  // Centred chroma: entry 128 contributes nothing; entry 0 is negative, sign-extended.
+  EXPECT_EQ(ctx->rangeTableCb[128], 0);
+  EXPECT_EQ(ctx->rangeTableCr[128], 0);
+  EXPECT_EQ(High(ctx->rangeTableCb[0]), -16524);  // -128 x 2.0172 x 64, +0.5, truncated
+  EXPECT_EQ(Low(ctx->rangeTableCb[0]), 3210);     // -128 x -0.3918 x 64
+  EXPECT_LT(ctx->rangeTableCb[0], 0);
+}
+
+TEST(RangeTables, NeutralFullRangeIndexesRawChroma) {
+  CreateArgs a;
+  a.fullRange = 1;
+  Instance inst(a);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ(ctx->rangeTableCr[0], 0);
+  EXPECT_EQ(ctx->rangeTableCb[0], 0);
+  EXPECT_EQ(ctx->rangeTableY[0], 0);
+  EXPECT_EQ(ctx->rangeTableY[255], 32640);         // 255 x 1 x 128
+  EXPECT_EQ(High(ctx->rangeTableCr[255]), 22881);  // 255 x 1.402 x 64
+  EXPECT_EQ(Low(ctx->rangeTableCr[255]), -11653);  // 255 x -0.7141 x 64, truncated toward zero
+  for (int i = 1; i < 256; ++i) EXPECT_GT(High(ctx->rangeTableCr[i]), High(ctx->rangeTableCr[i - 1]));
+}
+
+TEST(RangeTables, EveryMatrixAndRangeMatchesTheReference) {
+  for (uint32_t m = 0; m < 4; ++m) {
+    for (uint32_t r = 0; r < 2; ++r) {
+      CreateArgs a;
+      a.colorMatrix = m;
+      a.fullRange = r;
+      Instance inst(a);
+      ASSERT_EQ(inst.result(), IMGPRC_OK);
+      SCOPED_TRACE(testing::Message() << "matrix " << m << " range " << r);
+      ExpectTables(inst.ctx(), ReferenceRange(m, r == 1, 128, 128, 128), "neutral");
+    }
+  }
+}
+
+TEST(RangeTables, AdjustmentCornersMatchTheReference) {
+  struct Case {
+    int b, c, s;
+  };
+  const Case cases[] = {{-5, 128, 128}, {300, 128, 128}, {128, 255, 128}, {128, 256, 128}, {128, -3, 128},
+                        {128, 128, 0},  {128, 128, 300}, {128, 128, -1},  {150, 200, 60},  {90, 64, 255}};
+  for (uint32_t m = 0; m < 4; ++m) {
+    for (uint32_t r = 0; r < 2; ++r) {
+      CreateArgs a;
+      a.colorMatrix = m;
+      a.fullRange = r;
+      Instance inst(a);
+      ASSERT_EQ(inst.result(), IMGPRC_OK);
+      for (const Case& k : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << "matrix " << m << " range " << r << " adjust " << k.b << ", " << k.c << ", " << k.s);
+        SetAdjust(inst, k.b, k.c, k.s);
+        ExpectTables(inst.ctx(), ReferenceRange(m, r == 1, k.b, k.c, k.s), "adjusted");
+      }
+    }
+  }
+}
+
+TEST(RangeTables, BrightnessOffsetClampsTo255) {
+  Instance inst({});
+  SetAdjust(inst, 300, 128, 128);                 // 2 x 172 = 344, clamped to 255
+  EXPECT_EQ(inst.ctx()->rangeTableY[16], 38006);  // 255 x 1.1644 x 128, +0.5, truncated
+  SetAdjust(inst, -5, 128, 128);                  // -266, clamped to -255
+  EXPECT_EQ(inst.ctx()->rangeTableY[255], 0);     // (239 - 255) x gain < 0
+  EXPECT_EQ(inst.ctx()->rangeTableY[16], 0);
+}
+
+TEST(RangeTables, BuildersCanBeCalledDirectly) {
+  uint16_t y[256];
+  int64_t cb[256], cr[256];
+  EXPECT_EQ(set_transtable(csc_coef + 48, y, cb, cr, 128, 128, 128), 0);
+  RangeTables want = ReferenceRange(1, false, 128, 128, 128);
+  for (int i = 0; i < 256; ++i) ASSERT_TRUE(y[i] == want.y[i] && cb[i] == want.cb[i] && cr[i] == want.cr[i]);
+  EXPECT_EQ(set_transtable_fullrange(csc_coef + 96 + 12, y, cb, cr, 140, 100, 180), 0);
+  want = ReferenceRange(2, true, 140, 100, 180);
+  for (int i = 0; i < 256; ++i) ASSERT_TRUE(y[i] == want.y[i] && cb[i] == want.cb[i] && cr[i] == want.cr[i]);
+}
+
+// ---- YCbCr adjustment tables ----------------------------------------------------
+
+void ReferenceAdjust(int b, int c, int s, uint8_t luma[256], uint8_t chroma[256]) {
+  const int offset = b < 0 ? -256 : b >= 256 ? 254 : 2 * (b - 128);
+  const int slope = c < 0 ? 0 : c >= 256 ? 506 : c > 128 ? (((c - 128) * (c - 128) * 3) >> 7) + 128 : c;
+  const double f = s < 0      ? 0.0
+                   : s >= 256 ? 7.890625
+                   : s > 128  ? ((((s - 128) * (s - 128) * 7) >> 7) + 128) / 128.0
+                              : s / 128.0;
+  for (int i = 0; i < 256; ++i) {
+    int l = offset + ((i * slope) >> 7);
+    luma[i] = static_cast<uint8_t>(l < 0 ? 0 : l > 255 ? 255 : l);
+    int ch = static_cast<int>((i - 128) * f + 128);
+    chroma[i] = static_cast<uint8_t>(ch < 0 ? 0 : ch > 255 ? 255 : ch);
+  }
+}
+
+TEST(AdjustTables, CornersWorkedByHand) {
+  Instance inst({});
+  const ImgPrcContext* ctx = inst.ctx();
+  SetAdjust(inst, 300, 128, 128);  // offset 254, slope 128
+  EXPECT_EQ(ctx->lumaAdjustTable[0], 254);
+  EXPECT_EQ(ctx->lumaAdjustTable[1], 255);
+  EXPECT_EQ(ctx->lumaAdjustTable[200], 255);
+  SetAdjust(inst, -5, 128, 128);  // offset -256: everything clamps to 0
+  for (int i = 0; i < 256; ++i) ASSERT_EQ(ctx->lumaAdjustTable[i], 0) << i;
+  SetAdjust(inst, 128, 255, 128);            // slope 128 + (127^2 x 3 >> 7) = 506
+  EXPECT_EQ(ctx->lumaAdjustTable[32], 126);  // 32 x 506 >> 7
+  EXPECT_EQ(ctx->lumaAdjustTable[33], 130);
+  EXPECT_EQ(ctx->lumaAdjustTable[65], 255);
+  SetAdjust(inst, 128, 256, 128);  // also 506
+  EXPECT_EQ(ctx->lumaAdjustTable[33], 130);
+  SetAdjust(inst, 128, 128, 0);  // no chroma at all
+  for (int i = 0; i < 256; ++i) ASSERT_EQ(ctx->chromaAdjustTable[i], 128) << i;
+  SetAdjust(inst, 128, 128, 300);  // factor 7.890625
+  EXPECT_EQ(ctx->chromaAdjustTable[128], 128);
+  EXPECT_EQ(ctx->chromaAdjustTable[129], 135);  // 135.89 truncated
+  EXPECT_EQ(ctx->chromaAdjustTable[127], 120);  // 120.11
+  EXPECT_EQ(ctx->chromaAdjustTable[112], 1);    // 1.75
+  EXPECT_EQ(ctx->chromaAdjustTable[111], 0);    // -6.1 clamped
+  EXPECT_EQ(ctx->chromaAdjustTable[145], 255);
+}
+
+TEST(AdjustTables, MatchTheReferenceOverARangeOfSettings) {
+  Instance inst({});
+  const int values[] = {-40, -1, 0, 1, 64, 127, 129, 150, 200, 255, 256, 400};
+  for (int b : values) {
+    for (int c : values) {
+      for (int s : values) {
+        if (b == 128 && c == 128 && s == 128) continue;
+        SetAdjust(inst, b, c, s);
+        uint8_t luma[256], chroma[256];
+        ReferenceAdjust(b, c, s, luma, chroma);
+        for (int i = 0; i < 256; ++i) {
+          ASSERT_EQ(inst.ctx()->lumaAdjustTable[i], luma[i]) << b << "," << c << "," << s << " entry " << i;
+          ASSERT_EQ(inst.ctx()->chromaAdjustTable[i], chroma[i])
+              << b << "," << c << "," << s << " entry " << i;
+        }
+      }
+    }
+  }
+}
+
+// ---- colour key -----------------------------------------------------------------
+
+// RGB565 of a YCbCr key, worked as the keys clients hold were made: BT.601
+// video range, red and blue chroma terms undoubled, negative results read as
+// large unsigned values.
+uint32_t ReferenceKey(uint32_t key) {
+  const double ygain = Single(1.1644), rcr = Single(1.596), gcb = Single(-0.3918), gcr = Single(-0.813),
+               bcb = Single(2.0172);
+  const int y = (key >> 16) & 0xFF, cb = (key >> 8) & 0xFF, cr = key & 0xFF;
+  const long yy = RoundTruncClamp((y - 16) * ygain * 128, 0, 65535);
+  auto term = [](int c, double w) { return RoundTruncClamp((c - 128) * w * 64, -32768, 32767); };
+  auto clampU = [](long v, uint32_t top) {
+    return static_cast<uint32_t>(v) > top ? top : static_cast<uint32_t>(v);
+  };
+  const uint32_t r = clampU((yy + term(cr, rcr)) >> 10, 31);
+  const uint32_t g = clampU((yy + 2 * (term(cb, gcb) + term(cr, gcr))) >> 9, 63);
+  const uint32_t b = clampU((yy + term(cb, bcb)) >> 10, 31);
+  return r << 11 | g << 5 | b;
+}
+
+TEST(TranslateColorKey, TheFourKeys) {
+  struct Case {
+    uint32_t key, rgb565;
+  };
+  const Case cases[] = {
+      {0x00108080, 0x0000}, {0x00EB8080, 0xFFFF}, {0x00808080, 0x8410}, {0x0010F080, 0x07EE}};
+  for (const Case& c : cases) {
+    uint32_t out = 0xDEAD;
+    EXPECT_EQ(ORU_TranslateColorKey(3, c.key, &out), IMGPRC_OK);
+    EXPECT_EQ(out, c.rgb565) << std::hex << c.key;
+  }
+}
+
+TEST(TranslateColorKey, MatchesTheReferenceOverAGrid) {
+  for (uint32_t y = 0; y < 256; y += 5) {
+    for (uint32_t cb = 0; cb < 256; cb += 15) {
+      for (uint32_t cr = 0; cr < 256; cr += 15) {
+        const uint32_t key = y << 16 | cb << 8 | cr;
+        uint32_t out = 0;
+        ASSERT_EQ(ORU_TranslateColorKey(3, key, &out), IMGPRC_OK);
+        ASSERT_EQ(out, ReferenceKey(key)) << std::hex << key;
+      }
+    }
+  }
+  uint32_t out = 0;
+  ASSERT_EQ(ORU_TranslateColorKey(3, 0xFF808080u, &out), IMGPRC_OK);  // bits above 23 play no part
+  EXPECT_EQ(out, 0x8410u);
+}
+
+TEST(TranslateColorKey, RejectsOtherKindsAndNullOut) {
+  uint32_t out = 0x1234;
+  EXPECT_EQ(ORU_TranslateColorKey(2, 0x00808080, &out), IMGPRC_E_FAIL);
+  EXPECT_EQ(ORU_TranslateColorKey(10, 0x00808080, &out), IMGPRC_E_FAIL);
+  EXPECT_EQ(out, 0x1234u);
+  EXPECT_EQ(ORU_TranslateColorKey(3, 0x00808080, nullptr), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_TranslateColorKey(2, 0x00808080, nullptr), IMGPRC_E_INVALIDARG);
+}
+
+}  // namespace

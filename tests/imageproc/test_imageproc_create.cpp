@@ -1,0 +1,354 @@
+// Creation and destruction: the record-size and out-handle rules, accepted and
+// refused conversions and rotations, work sizes and resize cases, the buffers
+// an instance owns, and clean-up on every failure path.
+#include <gtest/gtest.h>
+#include <stdint.h>
+#include <string.h>
+
+#include "imageproc/color_tables.h"
+#include "imageproc/imgprc_alloc.h"
+#include "imageproc/pipeline.h"
+#include "imageproc_test_util.h"
+
+namespace {
+
+TEST(InterfaceId, HoldsTheTwentyFourBytes) {
+  ASSERT_EQ(sizeof IID_ORU_IMAGEPROC_C, 24u);
+  const uint8_t want[24] = {0xC8, 0x2B, 0xA1, 0x17, 0x00, 0x00, 0x00, 0x00, 0x53, 0xDF, 0xC7, 0x4A,
+                            0xBA, 0xCF, 0xE8, 0x54, 0x74, 0x24, 0x27, 0xAE, 0x00, 0x00, 0x00, 0x00};
+  uint8_t got[24];
+  memcpy(got, &IID_ORU_IMAGEPROC_C, sizeof got);
+  for (int i = 0; i < 24; ++i) EXPECT_EQ(got[i], want[i]) << "byte " << i;
+}
+
+TEST(Create, OutHandleMustHoldNull) {
+  ImgPrcCreateParams p = MakeParams({});
+  void* handle = &p;
+  const unsigned long allocations = ImgPrcAllocationCount();
+  EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(handle, static_cast<void*>(&p));
+  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
+  EXPECT_EQ(ORU_IMAGEPROC_Create(nullptr, 0, &p), IMGPRC_E_INVALIDARG);
+  handle = nullptr;
+  EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, nullptr), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(handle, nullptr);
+}
+
+TEST(Create, RecordSizeRules) {
+  ImgPrcCreateParams p = MakeParams({});
+  p.colorMatrix = 2;
+  p.fullRange = 1;
+  void* handle = nullptr;
+  p.size = 49;
+  EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(handle, nullptr);
+
+  p.size = 48;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  const ImgPrcContext* ctx = static_cast<const ImgPrcContext*>(handle);
+  EXPECT_EQ(ctx->matrixIndex, 2u);
+  EXPECT_EQ(ctx->fullRange, 1u);
+  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef + 2 * 48 + 12);
+  ORU_IMAGEPROC_Destroy(handle);
+
+  // 40 bytes stop before colorMatrix and fullRange: BT.601, video range.
+  handle = nullptr;
+  p.size = 40;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  ctx = static_cast<const ImgPrcContext*>(handle);
+  EXPECT_EQ(ctx->matrixIndex, 0u);
+  EXPECT_EQ(ctx->fullRange, 0u);
+  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef);
+  EXPECT_EQ(ctx->rangeTableY[235], 32640);
+  ORU_IMAGEPROC_Destroy(handle);
+
+  // 20 bytes: format, rotation, resize method and the source width; the rest is 0.
+  handle = nullptr;
+  p.size = 20;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  ctx = static_cast<const ImgPrcContext*>(handle);
+  EXPECT_EQ(ctx->srcWidth, 16u);
+  EXPECT_EQ(ctx->srcHeight, 0u);
+  EXPECT_EQ(ctx->dstWidth, 0u);
+  EXPECT_EQ(ctx->alpha, 0u);
+  EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
+  ORU_IMAGEPROC_Destroy(handle);
+}
+
+TEST(Create, StoresTheRecordAndStartsNeutral) {
+  ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 64, 40, 0x1280, 0x00EB8080, 1, 0};
+  void* handle = nullptr;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  const ImgPrcContext* ctx = static_cast<const ImgPrcContext*>(handle);
+  EXPECT_EQ(ctx->format, 0x000u);
+  EXPECT_EQ(ctx->rotation, 4u);
+  EXPECT_EQ(ctx->resizeMode, 3u);
+  EXPECT_EQ(ctx->srcWidth, 33u);
+  EXPECT_EQ(ctx->srcHeight, 21u);
+  EXPECT_EQ(ctx->dstWidth, 64u);
+  EXPECT_EQ(ctx->dstHeight, 40u);
+  EXPECT_EQ(ctx->workSrcWidth, 32u);
+  EXPECT_EQ(ctx->workSrcHeight, 20u);
+  EXPECT_EQ(ctx->workDstWidth, 64u);
+  EXPECT_EQ(ctx->workDstHeight, 40u);
+  EXPECT_EQ(ctx->alpha, 0x1280u);
+  EXPECT_EQ(ctx->colorKey, 0x00EB8080u);
+  EXPECT_EQ(ctx->matrixIndex, 1u);
+  EXPECT_EQ(ctx->brightness, 128);
+  EXPECT_EQ(ctx->contrast, 128);
+  EXPECT_EQ(ctx->saturation, 128);
+  EXPECT_EQ(ctx->adjustActive, 0u);
+  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->lumaAdjustTable, nullptr);
+  EXPECT_EQ(ctx->chromaAdjustTable, nullptr);
+  EXPECT_EQ(ctx->deinterlaceMode, 0u);
+  EXPECT_EQ(ctx->spareBuffer, nullptr);
+  ASSERT_NE(ctx->rotationRecord, nullptr);
+  EXPECT_EQ(ctx->rotationRecordSize, 80u);
+  ORU_IMAGEPROC_Destroy(handle);
+}
+
+TEST(Create, KeyOfTheRgb555ConversionIsKeptAsGiven) {
+  ImgPrcCreateParams p = MakeParams({});
+  p.format = 0x00A;
+  p.colorKey = 0x00108080;
+  void* handle = nullptr;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  EXPECT_EQ(static_cast<ImgPrcContext*>(handle)->colorKey, 0x00108080u);
+  ORU_IMAGEPROC_Destroy(handle);
+}
+
+TEST(Create, AcceptsEveryListedConversion) {
+  const uint32_t accepted[] = {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009,
+                               0x00A, 0x103, 0x105, 0x109, 0x203, 0x204, 0x205, 0x209,
+                               0x300, 0x303, 0x305, 0x403, 0x404, 0x500, 0x800, 0x900};
+  for (uint32_t code : accepted) {
+    CreateArgs a;
+    a.format = code;
+    Instance inst(a);
+    EXPECT_EQ(inst.result(), IMGPRC_OK) << std::hex << code;
+  }
+}
+
+TEST(Create, RefusesOtherConversionsAndRotations) {
+  const uint32_t refused[] = {0x001, 0x002, 0x00B, 0x0FF, 0x100, 0x101, 0x104,   0x106,
+                              0x200, 0x206, 0x301, 0x304, 0x400, 0x405, 0x501,   0x505,
+                              0x600, 0x700, 0x803, 0x808, 0x901, 0xA00, 0x10000, 0xFFFFFFFF};
+  for (uint32_t code : refused) {
+    CreateArgs a;
+    a.format = code;
+    Instance inst(a);
+    EXPECT_EQ(inst.result(), IMGPRC_E_FAIL) << std::hex << code;
+    EXPECT_EQ(inst.handle(), nullptr);
+  }
+  for (uint32_t rotation = 0; rotation < 9; ++rotation) {
+    CreateArgs a;
+    a.rotation = rotation;
+    Instance inst(a);
+    EXPECT_EQ(inst.result(), rotation <= 5 ? IMGPRC_OK : IMGPRC_E_FAIL) << rotation;
+  }
+  // RGB555 takes no rotation; 4:2:2 to RGB565 takes one (and ignores it per frame).
+  for (uint32_t rotation : {1u, 3u, 6u}) {
+    CreateArgs a;
+    a.format = 0x00A;
+    a.rotation = rotation;
+    EXPECT_EQ(Instance(a).result(), IMGPRC_E_FAIL) << rotation;
+  }
+  CreateArgs a;
+  a.format = 0x103;
+  a.rotation = 2;
+  EXPECT_EQ(Instance(a).result(), IMGPRC_OK);
+  a.format = 0x00A;
+  a.rotation = 0;
+  a.dstWidth = 64;
+  EXPECT_EQ(Instance(a).result(), IMGPRC_OK);  // resized RGB555 is accepted
+}
+
+struct ResizeCase {
+  uint32_t sw, sh, dw, dh, mode, rotation, want;
+};
+
+TEST(Create, ClassifiesTheResize) {
+  const ResizeCase cases[] = {
+      {176, 144, 176, 144, 1, 0, 0},  // same size
+      {177, 145, 176, 144, 1, 0, 0},  // same once rounded to even
+      {176, 144, 352, 288, 1, 0, 4},  // exactly double
+      {176, 144, 352, 288, 0, 0, 2},  // double without the fast paths
+      {176, 144, 352, 288, 2, 0, 2},  // other methods have no fast paths
+      {176, 144, 352, 288, 1, 3, 2},  // nor rotated conversions
+      {128, 96, 320, 192, 1, 0, 5},   // 2.5 x 2
+      {320, 240, 480, 272, 1, 0, 7},  // the fixed 320x240 to 480x272 case, before the 1.5 test
+      {320, 240, 480, 272, 1, 1, 2},
+      {320, 240, 480, 200, 1, 0, 6},  // 1.5 wide, height shrinking: classified 1 first
+      {320, 240, 480, 480, 1, 0, 6},  // 1.5 wide, any height
+      {322, 240, 483, 360, 1, 0, 2},  // odd width: all rounded, 482 is no longer 1.5 x 322
+      {352, 288, 176, 144, 1, 0, 3},  // both shrink
+      {352, 288, 400, 100, 1, 0, 1},  // mixed
+      {352, 288, 352, 300, 1, 0, 1},  // width equal, height grows
+      {352, 288, 200, 288, 1, 0, 1},  // width shrinks, height equal
+      {178, 144, 356, 288, 1, 0, 2},  // 2 x 2, but 178 is not a multiple of 4
+  };
+  for (const ResizeCase& c : cases) {
+    CreateArgs a;
+    a.srcWidth = c.sw;
+    a.srcHeight = c.sh;
+    a.dstWidth = c.dw;
+    a.dstHeight = c.dh;
+    a.resizeMode = c.mode;
+    a.rotation = c.rotation;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->resizeCase, c.want) << c.sw << "x" << c.sh << " to " << c.dw << "x" << c.dh
+                                              << " method " << c.mode << " rotation " << c.rotation;
+  }
+}
+
+TEST(Create, WorkSizesRoundAllFourDownToEven) {
+  CreateArgs a;
+  a.srcWidth = 322;
+  a.srcHeight = 240;
+  a.dstWidth = 483;
+  a.dstHeight = 361;
+  Instance inst(a);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  EXPECT_EQ(inst.ctx()->workSrcWidth, 322u);
+  EXPECT_EQ(inst.ctx()->workSrcHeight, 240u);
+  EXPECT_EQ(inst.ctx()->workDstWidth, 482u);
+  EXPECT_EQ(inst.ctx()->workDstHeight, 360u);
+  EXPECT_EQ(inst.ctx()->dstWidth, 483u);
+}
+
+TEST(Create, LineBuffersSizedForTheWiderWidth) {
+  struct Case {
+    uint32_t sw, dw, mode, lineSize;
+  };
+  const Case cases[] = {
+      {100, 300, 1, (300 + 4) * 4},  // enlargement, 4 bytes a pixel
+      {300, 100, 1, (300 + 4) * 4},  // shrink: the source is wider
+      {100, 300, 3, (300 + 4) * 8},  // near-linear enlargement: 8 bytes a pixel
+      {300, 100, 3, (300 + 4) * 4},  // near-linear only matters when enlarging
+  };
+  for (const Case& c : cases) {
+    CreateArgs a;
+    a.srcWidth = c.sw;
+    a.dstWidth = c.dw;
+    a.srcHeight = c.sw / 2;
+    a.dstHeight = c.dw / 2;
+    a.resizeMode = c.mode;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    const ImgPrcContext* ctx = inst.ctx();
+    ASSERT_NE(ctx->lineBufferBlock, nullptr);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(ctx->lineBuffer[0]) % 4, 0u);
+    EXPECT_GE(ctx->lineBuffer[0], ctx->lineBufferBlock);
+    EXPECT_LT(ctx->lineBuffer[0], ctx->lineBufferBlock + 4);
+    for (int i = 1; i < 4; ++i) EXPECT_EQ(ctx->lineBuffer[i] - ctx->lineBuffer[i - 1], c.lineSize) << i;
+    // The four lines are all writable (AddressSanitizer checks the extent).
+    memset(ctx->lineBuffer[0], 0x5A, 4 * static_cast<size_t>(c.lineSize));
+  }
+  Instance same({});
+  EXPECT_EQ(same.ctx()->lineBufferBlock, nullptr);
+  EXPECT_EQ(same.ctx()->lineBuffer[0], nullptr);
+}
+
+TEST(Create, DeinterlaceAreaAndRangeTablesLaidOut) {
+  CreateArgs a;
+  a.srcWidth = 37;  // aligned to 48
+  a.srcHeight = 10;
+  a.dstWidth = 37;
+  a.dstHeight = 10;
+  Instance inst(a);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ(ctx->deintStride, 48u);
+  EXPECT_EQ(ctx->deintHeight, 10u);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(ctx->deintPlanes[0]) % 16, 0u);
+  EXPECT_LT(ctx->deintPlanes[0], ctx->deintBlock + 16);
+  for (int i = 1; i < 4; ++i) EXPECT_EQ(ctx->deintPlanes[i] - ctx->deintPlanes[i - 1], 480) << i;
+  memset(ctx->deintPlanes[0], 0x11, 4 * 480);
+
+  const uint8_t* y = reinterpret_cast<const uint8_t*>(ctx->rangeTableY);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(y) % 4, 0u);
+  EXPECT_LT(y, ctx->rangeTableBlock + 4);
+  EXPECT_EQ(reinterpret_cast<const uint8_t*>(ctx->rangeTableCb) - y, 512);
+  EXPECT_EQ(reinterpret_cast<const uint8_t*>(ctx->rangeTableCr) - y, 512 + 2048);
+}
+
+TEST(Create, RgbToYCbCrConversionsTakeTheirKernelFromTheTable) {
+  const uint32_t codes[] = {0x300, 0x500, 0x900};
+  for (uint32_t kind = 0; kind < 3; ++kind) {
+    for (uint32_t m = 0; m < 4; ++m) {
+      CreateArgs a;
+      a.format = codes[kind];
+      a.colorMatrix = m;
+      a.fullRange = m % 2;
+      Instance inst(a);
+      ASSERT_EQ(inst.result(), IMGPRC_OK);
+      EXPECT_EQ(inst.ctx()->rgbToYuvKernel, GetPFN_rgb2yuv(kind, m, m % 2));
+    }
+  }
+}
+
+TEST(Capability, CodesBelow0x300ExceptThePackedYCbCrOutputs) {
+  for (uint32_t code = 0; code < 0x1000; ++code) {
+    const bool supported = code <= 767 && code != 6 && code != 7 && code != 8;
+    EXPECT_EQ(_CheckCapability_depend(code, code % 8), supported ? 0 : -3) << std::hex << code;
+  }
+  EXPECT_EQ(_CheckCapability_depend(0xFFFFFFFF, 0), -3);
+}
+
+// Creation allocates, in order: the instance, the deinterlace area, the range
+// tables (failures there are out of memory), then in set-up the line buffers
+// (resizing only) and the rotation record (failures there refuse the creation).
+TEST(Create, EveryAllocationFailureCleansUp) {
+  for (bool resize : {true, false}) {
+    const unsigned allocations = resize ? 5 : 4;
+    for (unsigned failing = 1; failing <= allocations + 1; ++failing) {
+      SCOPED_TRACE(testing::Message() << (resize ? "resized" : "same size") << ", allocation " << failing);
+      const uint32_t want = failing <= 3             ? IMGPRC_E_OUTOFMEMORY
+                            : failing <= allocations ? IMGPRC_E_FAIL
+                                                     : IMGPRC_OK;
+      ImgPrcCreateParams p = MakeParams({});
+      if (resize) p.dstWidth = 64;
+      const long live = ImgPrcLiveBlockCount();
+      void* handle = nullptr;
+      ImgPrcFailAllocation(failing);
+      EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), want);
+      ImgPrcFailAllocation(0);
+      if (want == IMGPRC_OK) {
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(ORU_IMAGEPROC_Destroy(handle), IMGPRC_OK);
+      } else {
+        EXPECT_EQ(handle, nullptr);
+      }
+      EXPECT_EQ(ImgPrcLiveBlockCount(), live);
+    }
+  }
+}
+
+TEST(Create, ImpossibleSizesFailAsOutOfMemory) {
+  CreateArgs a;
+  a.srcWidth = a.dstWidth = 0xFFFFFFF0u;
+  a.srcHeight = a.dstHeight = 0xFFFFFFF0u;
+  const long live = ImgPrcLiveBlockCount();
+  Instance inst(a);
+  EXPECT_EQ(inst.result(), IMGPRC_E_OUTOFMEMORY);
+  EXPECT_EQ(ImgPrcLiveBlockCount(), live);
+}
+
+TEST(Destroy, FreesEverythingTheInstanceOwns) {
+  const long live = ImgPrcLiveBlockCount();
+  CreateArgs a;
+  a.dstWidth = 64;
+  void* handle = nullptr;
+  ImgPrcCreateParams p = MakeParams(a);
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
+  ImgPrcColorAdjust adjust = {150, 100, 90};
+  ASSERT_EQ(ORU_IMAGEPROC_Set(handle, IMGPRC_PROP_COLOR_ADJUST, &adjust, sizeof adjust), IMGPRC_OK);
+  EXPECT_EQ(ImgPrcLiveBlockCount(), live + 6);
+  EXPECT_EQ(ORU_IMAGEPROC_Destroy(handle), IMGPRC_OK);
+  EXPECT_EQ(ImgPrcLiveBlockCount(), live);
+  EXPECT_EQ(ORU_IMAGEPROC_Destroy(nullptr), IMGPRC_E_INVALIDARG);
+}
+
+}  // namespace

@@ -1,0 +1,460 @@
+// The frame call (argument checks per format, the planar copy route, routes
+// still without a kernel) and the property calls (colour adjustment, colour
+// key, Reset).
+#include <gtest/gtest.h>
+#include <stdint.h>
+#include <string.h>
+
+#include <vector>
+
+#include "imageproc/imgprc_alloc.h"
+#include "imageproc_test_util.h"
+
+namespace {
+
+// A picture for either side of format `code`: planar formats get three planes,
+// NV12 two, packed and RGB formats one, each 8 x 8 at a stride of 32 bytes.
+void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
+  const int planes = code <= 2 ? 3 : code == 8 ? 2 : 1;
+  for (int i = 0; i < planes; ++i) pic.AddPlane(i, 32, 8, 32, static_cast<uint8_t>(seed + i));
+}
+
+uint32_t FrameWith(const Instance& inst, uint8_t** src, uint32_t* srcStrides, uint8_t** dst,
+                   uint32_t* dstStrides) {
+  ImgPrcFrameParams f = {sizeof f, 0, 0};
+  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src, srcStrides, dst, dstStrides, &f);
+}
+
+TEST(Frame, RecordAndHandleChecks) {
+  Instance inst({});
+  Picture src, dst;
+  MakePlanar(src, 16, 8, 16, 8, 8, 1);
+  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
+  ImgPrcFrameParams f = {13, 0, 0};
+  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
+            IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(
+      ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, nullptr),
+      IMGPRC_E_INVALIDARG);
+  f.size = 12;
+  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(nullptr, src.planes, src.strides, dst.planes, dst.strides, &f),
+            IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), nullptr, src.strides, dst.planes, dst.strides, &f),
+            IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, nullptr, &f),
+            IMGPRC_E_INVALIDARG);
+  // A record of size 0 reads as all zero: a plain frame.
+  f.size = 0;
+  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
+            IMGPRC_OK);
+}
+
+// One conversion per input code and per output code, so every plane rule is met.
+const uint32_t kByInput[] = {0x000, 0x103, 0x203, 0x303, 0x403, 0x500, 0x800, 0x900};
+const uint32_t kByOutput[] = {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009, 0x00A};
+
+TEST(Frame, SourcePlanesNeededPerInputFormat) {
+  for (uint32_t code : kByInput) {
+    CreateArgs a;
+    a.format = code;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    const int32_t input = static_cast<int32_t>(code) >> 8;
+    const int needed = input <= 2 ? 3 : input == 8 ? 2 : 1;
+    Picture dst;
+    MakeFor(dst, code & 0xFF, 9);
+    for (int plane = 0; plane < 3; ++plane) {
+      for (bool zeroStride : {false, true}) {
+        Picture src;
+        MakeFor(src, input, 1);
+        if (zeroStride) {
+          src.strides[plane] = 0;
+        } else {
+          src.planes[plane] = nullptr;
+        }
+        const uint32_t r = FrameWith(inst, src.planes, src.strides, dst.planes, dst.strides);
+        SCOPED_TRACE(testing::Message() << std::hex << "conversion " << code << " plane " << plane
+                                        << (zeroStride ? " stride 0" : " null"));
+        if (plane < needed) {
+          EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
+        } else {
+          EXPECT_NE(r, IMGPRC_E_INVALIDARG);
+        }
+      }
+    }
+  }
+}
+
+TEST(Frame, DestinationPlanesNeededPerOutputFormat) {
+  for (uint32_t code : kByOutput) {
+    CreateArgs a;
+    a.format = code;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    const int32_t output = code & 0xFF;
+    const int needed = output <= 2 ? 3 : output == 8 ? 2 : 1;
+    Picture src;
+    MakeFor(src, 0, 1);
+    for (int plane = 0; plane < 3; ++plane) {
+      for (bool zeroStride : {false, true}) {
+        Picture dst;
+        MakeFor(dst, output, 5);
+        if (zeroStride) {
+          dst.strides[plane] = 0;
+        } else {
+          dst.planes[plane] = nullptr;
+        }
+        const uint32_t r = FrameWith(inst, src.planes, src.strides, dst.planes, dst.strides);
+        SCOPED_TRACE(testing::Message() << std::hex << "conversion " << code << " plane " << plane
+                                        << (zeroStride ? " stride 0" : " null"));
+        if (plane < needed) {
+          EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
+        } else {
+          EXPECT_NE(r, IMGPRC_E_INVALIDARG);
+        }
+      }
+    }
+  }
+}
+
+TEST(Frame, CbStrideZeroRefusedForPlanarAcceptedForRgb565) {
+  Instance planar({});
+  Picture src, dst;
+  MakePlanar(src, 16, 8, 16, 8, 8, 1);
+  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
+  src.strides[1] = 0;
+  EXPECT_EQ(Frame(planar, src, dst), IMGPRC_E_INVALIDARG);
+
+  CreateArgs a;
+  a.format = 0x303;
+  Instance rgb(a);
+  Picture rgbSrc, rgbDst;
+  MakeFor(rgbSrc, 3, 1);
+  MakeFor(rgbDst, 3, 2);
+  rgbSrc.strides[1] = 0;
+  EXPECT_NE(Frame(rgb, rgbSrc, rgbDst), IMGPRC_E_INVALIDARG);
+}
+
+TEST(Frame, FormatCodesOutsideTheTablesAreUnexpected) {
+  Instance inst({});
+  Picture src, dst;
+  MakePlanar(src, 16, 8, 16, 8, 8, 1);
+  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
+  inst.ctx()->format = 0xA00;  // input 10
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
+  inst.ctx()->format = 0x00B;  // output 11
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
+  inst.ctx()->format = 0x000;
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
+}
+
+// What a row-by-row copy of w x h (chroma halved) leaves in dst.
+void ExpectCopied(const Picture& src, const Picture& dstBefore, const Picture& dst, uint32_t w, uint32_t h) {
+  for (int p = 0; p < 3; ++p) {
+    std::vector<uint8_t> want = dstBefore.bytes[p];
+    const uint32_t pw = p == 0 ? w : w / 2, ph = p == 0 ? h : h / 2;
+    for (uint32_t y = 0; y < ph; ++y) {
+      for (uint32_t x = 0; x < pw; ++x) want[y * dst.strides[p] + x] = src.planes[p][y * src.strides[p] + x];
+    }
+    EXPECT_EQ(dst.bytes[p], want) << "plane " << p;
+  }
+}
+
+TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
+  struct Case {
+    uint32_t w, h, srcStrides[3], dstStrides[3];
+  };
+  const Case cases[] = {
+      {32, 16, {32, 16, 16}, {32, 16, 16}},  // tight
+      {32, 16, {48, 24, 20}, {40, 16, 32}},  // padded
+      {31, 17, {31, 16, 16}, {36, 18, 18}},  // odd: copied as 30 x 16
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h);
+    CreateArgs a;
+    a.srcWidth = a.dstWidth = c.w;
+    a.srcHeight = a.dstHeight = c.h;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    Picture src, dst, before;
+    MakePlanar(src, c.w, c.h, c.srcStrides[0], c.srcStrides[1], c.srcStrides[2], 3);
+    MakePlanar(dst, c.w, c.h, c.dstStrides[0], c.dstStrides[1], c.dstStrides[2], 77);
+    MakePlanar(before, c.w, c.h, c.dstStrides[0], c.dstStrides[1], c.dstStrides[2], 77);
+    const unsigned long allocations = ImgPrcAllocationCount();
+    EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
+    EXPECT_EQ(ImgPrcAllocationCount(), allocations);
+    ExpectCopied(src, before, dst, c.w & ~1u, c.h & ~1u);
+    // The destination addressing is set up for every frame, unrotated too.
+    EXPECT_EQ(inst.ctx()->rotationRecord->yStart, dst.planes[0]);
+    EXPECT_EQ(inst.ctx()->rotationRecord->crStart, dst.planes[2]);
+  }
+}
+
+// Routes whose kernels are not in the library yet report not implemented and
+// leave the destination untouched. A route leaves this table when its kernel lands.
+TEST(Frame, RoutesWithoutAKernelReportNotImplemented) {
+  struct Case {
+    const char* kernel;
+    uint32_t format, rotation, dstWidth, dstHeight;
+    bool adjust;
+  };
+  const Case cases[] = {
+      {"_ORUYCbCr420Rot", 0x000, 1, 16, 8, false},
+      {"_ORUYCbCr420RszRot", 0x000, 3, 32, 8, false},
+      {"_ORUYCbCr420Rsz", 0x000, 0, 32, 16, false},
+      {"_ORUYCbCrAdjust", 0x000, 0, 16, 8, true},
+      {"_ORUYCbCr420RszAdjust", 0x000, 0, 8, 4, true},
+      {"_ORUYCbCr420RotAdjust", 0x000, 2, 16, 8, true},
+      {"_ORUYCbCr420RszRotAdjust", 0x000, 5, 32, 16, true},
+      {"_ORUYCbCr420ToYUY2", 0x006, 0, 16, 8, false},
+      {"_ORUYCbCr420ToUYVY", 0x007, 0, 16, 8, false},
+      {"_ORUYCbCr420ToNV12", 0x008, 0, 16, 8, false},
+      {"_ORUYCbCr420ToRGB888", 0x004, 0, 16, 8, false},
+      {"_ORUYCbCr420ToRGB888Rot", 0x004, 4, 16, 8, false},
+      {"_ORUYCbCr420ToRGB888RszUp", 0x004, 0, 32, 16, false},
+      {"_ORUYCbCr420ToRGB888Rsz", 0x004, 0, 8, 4, false},
+      {"_ORUYCbCr420ToRGB888RszRot", 0x004, 1, 8, 4, false},
+      {"_ORUYCbCr420ToARGB32", 0x005, 0, 16, 8, false},
+      {"_ORUYCbCr420ToARGB32Rot", 0x005, 3, 16, 8, false},
+      {"_ORUYCbCr420ToARGB32RszRot", 0x005, 3, 32, 16, false},
+      {"_ORUYCbCr420ToARGB32RszUp", 0x005, 0, 32, 16, false},
+      {"_ORUYCbCr420ToARGB32Case1", 0x005, 0, 40, 16, false},
+      {"_ORUYCbCr420ToARGB32Case2", 0x005, 0, 24, 4, false},
+      {"_ORUYCbCr420ToARGB32Rsz", 0x005, 0, 8, 4, false},
+      {"_ORUYCbCr420ToABGR32", 0x009, 0, 16, 8, false},
+      {"_ORUYCbCr420ToABGR32Rsz", 0x009, 0, 8, 12, false},
+      {"_ORUYCbCr422ToRGB565", 0x103, 2, 16, 8, false},
+      {"_ORUYCbCr422ToRGB565Rsz", 0x103, 0, 8, 4, false},
+      {"_ORUYCbCr422ToARGB32RszRot", 0x105, 0, 16, 8, false},
+      {"_ORUYCbCr422ToABGR32RszRot", 0x109, 1, 16, 8, false},
+      {"_ORUYCbCr444ToRGB565RszRot", 0x203, 0, 16, 8, false},
+      {"_ORUYCbCr444ToRGB888RszRot", 0x204, 0, 16, 8, false},
+      {"_ORUYCbCr444ToARGB32RszRot", 0x205, 0, 16, 8, false},
+      {"_ORUYCbCr444ToABGR32RszRot", 0x209, 0, 16, 8, false},
+      {"_ORURGB565ToYCbCr420_0", 0x300, 0, 16, 8, false},
+      {"_ORUARGB32ToYCbCr420_0 (rotated)", 0x500, 1, 16, 8, false},
+      {"_ORUABGR32ToYCbCr420_0", 0x900, 0, 16, 8, false},
+      {"_ORURGB565RszRot", 0x303, 0, 16, 8, false},
+      {"_ORURGB565ToARGB32", 0x305, 0, 16, 8, false},
+      {"_ORURGB888ToRGB565RszRot", 0x403, 0, 16, 8, false},
+      {"_ORURGB888RszRot", 0x404, 0, 16, 8, false},
+      {"_ORUNV12ToYCbCr420", 0x800, 0, 16, 8, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.kernel);
+    CreateArgs a;
+    a.format = c.format;
+    a.rotation = c.rotation;
+    a.dstWidth = c.dstWidth;
+    a.dstHeight = c.dstHeight;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    if (c.adjust) {
+      ImgPrcColorAdjust adjust = {140, 128, 128};
+      ASSERT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &adjust, sizeof adjust),
+                IMGPRC_OK);
+    }
+    Picture src, dst, before;
+    MakeFor(src, static_cast<int32_t>(c.format) >> 8, 1);
+    MakeFor(dst, c.format & 0xFF, 50);
+    MakeFor(before, c.format & 0xFF, 50);
+    EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_NOTIMPL);
+    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
+  }
+}
+
+// The RGB to YCbCr route calls the kernel set-up chose with the source plane
+// and stride, the destination planes and strides and the source work size; its
+// result is not looked at.
+struct RgbToYuvCall {
+  int calls = 0;
+  const uint8_t* src = nullptr;
+  uint32_t srcStride = 0, width = 0, height = 0;
+  uint8_t** dstPlanes = nullptr;
+  uint32_t* dstStrides = nullptr;
+} g_rgbToYuv;
+
+uint32_t FakeRgbToYuv(const uint8_t* src, uint32_t srcStride, uint8_t** dstPlanes, uint32_t* dstStrides,
+                      uint32_t width, uint32_t height) {
+  g_rgbToYuv = {g_rgbToYuv.calls + 1, src, srcStride, width, height, dstPlanes, dstStrides};
+  return 0xFFFFFFFF;
+}
+
+TEST(Frame, RgbToYCbCrRouteCallsTheChosenKernel) {
+  CreateArgs a;
+  a.format = 0x500;
+  a.srcWidth = 15;
+  a.srcHeight = 9;
+  a.dstWidth = 40;  // a size change is ignored on this path
+  Instance inst(a);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  inst.ctx()->rgbToYuvKernel = FakeRgbToYuv;
+  Picture src, dst;
+  MakeFor(src, 5, 1);
+  MakeFor(dst, 0, 2);
+  g_rgbToYuv = {};
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
+  EXPECT_EQ(g_rgbToYuv.calls, 1);
+  EXPECT_EQ(g_rgbToYuv.src, src.planes[0]);
+  EXPECT_EQ(g_rgbToYuv.srcStride, src.strides[0]);
+  EXPECT_EQ(g_rgbToYuv.dstPlanes, dst.planes);
+  EXPECT_EQ(g_rgbToYuv.dstStrides, dst.strides);
+  EXPECT_EQ(g_rgbToYuv.width, 14u);
+  EXPECT_EQ(g_rgbToYuv.height, 8u);
+}
+
+// ---- properties -------------------------------------------------------------------
+
+uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
+  ImgPrcColorAdjust a = {b, c, s};
+  return ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, size);
+}
+
+ImgPrcColorAdjust GetAdjust(const Instance& inst, uint32_t* result) {
+  ImgPrcColorAdjust a = {-1, -1, -1};
+  uint32_t written = 0;
+  *result = ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, sizeof a, &written);
+  EXPECT_EQ(written, 12u);
+  return a;
+}
+
+TEST(Properties, ColorAdjustSizeRules) {
+  Instance inst({});
+  EXPECT_EQ(SetAdjust(inst, 150, 100, 90, 13), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(inst.ctx()->adjustActive, 0u);
+  // Eight bytes: saturation reads as 0.
+  EXPECT_EQ(SetAdjust(inst, 150, 100, 90, 8), IMGPRC_OK);
+  uint32_t r;
+  ImgPrcColorAdjust got = GetAdjust(inst, &r);
+  EXPECT_EQ(r, IMGPRC_OK);
+  EXPECT_EQ(got.brightness, 150);
+  EXPECT_EQ(got.contrast, 100);
+  EXPECT_EQ(got.saturation, 0);
+
+  ImgPrcColorAdjust a;
+  uint32_t written = 0;
+  EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, 11, &written),
+            IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, 16, &written), IMGPRC_OK);
+  EXPECT_EQ(written, 12u);
+  EXPECT_EQ(ORU_IMAGEPROC_Set(nullptr, IMGPRC_PROP_COLOR_ADJUST, &a, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_IMAGEPROC_Get(nullptr, IMGPRC_PROP_COLOR_ADJUST, &a, 12, &written), IMGPRC_E_INVALIDARG);
+}
+
+TEST(Properties, UnknownIdsAreNotFound) {
+  Instance inst({});
+  uint32_t v = 0, written = 0;
+  for (uint32_t id : {0u, 3u, 1027u}) {
+    EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), id, &v, sizeof v), IMGPRC_E_NOTFOUND) << id;
+    EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), id, &v, sizeof v, &written), IMGPRC_E_NOTFOUND) << id;
+  }
+}
+
+TEST(Properties, GetAdjustReportsWhetherTheConversionSupportsIt) {
+  struct Case {
+    uint32_t format, want;
+  };
+  const Case cases[] = {{0x000, IMGPRC_OK},     {0x003, IMGPRC_OK},     {0x00A, IMGPRC_OK},
+                        {0x209, IMGPRC_OK},     {0x006, IMGPRC_E_FAIL}, {0x007, IMGPRC_E_FAIL},
+                        {0x008, IMGPRC_E_FAIL}, {0x300, IMGPRC_E_FAIL}, {0x303, IMGPRC_E_FAIL},
+                        {0x800, IMGPRC_E_FAIL}, {0x900, IMGPRC_E_FAIL}};
+  for (const Case& c : cases) {
+    CreateArgs a;
+    a.format = c.format;
+    Instance inst(a);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    ASSERT_EQ(SetAdjust(inst, 140, 120, 200), IMGPRC_OK);
+    uint32_t r;
+    ImgPrcColorAdjust got = GetAdjust(inst, &r);  // filled either way
+    EXPECT_EQ(r, c.want) << std::hex << c.format;
+    EXPECT_EQ(got.brightness, 140);
+    EXPECT_EQ(got.contrast, 120);
+    EXPECT_EQ(got.saturation, 200);
+  }
+}
+
+TEST(Properties, NeutralSetOnAFreshInstanceChangesNothing) {
+  Instance inst({});
+  const unsigned long allocations = ImgPrcAllocationCount();
+  EXPECT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
+  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
+  EXPECT_EQ(inst.ctx()->adjustActive, 0u);
+  EXPECT_EQ(inst.ctx()->adjustTableBlock, nullptr);
+}
+
+TEST(Properties, BackToNeutralKeepsTheTables) {
+  Instance inst({});
+  ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ(ctx->adjustActive, 1u);
+  ASSERT_NE(ctx->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->lumaAdjustTable, ctx->adjustTableBlock);
+  EXPECT_EQ(ctx->chromaAdjustTable, ctx->adjustTableBlock + 256);
+  EXPECT_EQ(ctx->lumaAdjustTable[0], 44);  // offset 2 x 22
+  EXPECT_EQ(ctx->rangeTableY[16], 6558);   // 44 x 1.1644 x 128, +0.5, truncated
+  const unsigned long allocations = ImgPrcAllocationCount();
+  ASSERT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
+  EXPECT_EQ(ctx->adjustActive, 0u);
+  EXPECT_NE(ctx->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->rangeTableY[16], 0);
+  EXPECT_EQ(ctx->rangeTableY[235], 32640);
+  // A second adjustment reuses the block.
+  ASSERT_EQ(SetAdjust(inst, 100, 128, 128), IMGPRC_OK);
+  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
+  EXPECT_EQ(ctx->adjustActive, 1u);
+}
+
+TEST(Properties, ResetKeepsTheStoredValues) {
+  Instance inst({});
+  ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
+  const long live = ImgPrcLiveBlockCount();
+  EXPECT_EQ(ORU_IMAGEPROC_Reset(inst.handle()), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ(ctx->adjustActive, 0u);
+  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->lumaAdjustTable, nullptr);
+  EXPECT_EQ(ImgPrcLiveBlockCount(), live - 1);
+  EXPECT_EQ(ctx->rangeTableY[16], 0);
+  uint32_t r;
+  EXPECT_EQ(GetAdjust(inst, &r).brightness, 150);
+  // The same values again count as no change: the adjustment stays off.
+  EXPECT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
+  EXPECT_EQ(ctx->adjustActive, 0u);
+  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->rangeTableY[16], 0);
+  // Different values take effect.
+  EXPECT_EQ(SetAdjust(inst, 151, 128, 128), IMGPRC_OK);
+  EXPECT_EQ(ctx->adjustActive, 1u);
+  EXPECT_EQ(ORU_IMAGEPROC_Reset(nullptr), IMGPRC_E_INVALIDARG);
+}
+
+TEST(Properties, AdjustOutOfMemoryChangesNothing) {
+  Instance inst({});
+  ImgPrcFailAllocation(1);
+  EXPECT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_E_OUTOFMEMORY);
+  ImgPrcFailAllocation(0);
+  uint32_t r;
+  ImgPrcColorAdjust got = GetAdjust(inst, &r);
+  EXPECT_EQ(got.brightness, 128);
+  EXPECT_EQ(inst.ctx()->adjustActive, 0u);
+  EXPECT_EQ(inst.ctx()->rangeTableY[16], 0);
+}
+
+TEST(Properties, ColorKey) {
+  for (uint32_t format : {0x003u, 0x00Au}) {
+    CreateArgs a;
+    a.format = format;
+    Instance inst(a);
+    uint32_t key = 0x00EB8080, got = 0, written = 0;
+    EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_KEY, &key, 3), IMGPRC_E_INVALIDARG);
+    EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_KEY, &key, 4), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->colorKey, 0x00EB8080u);  // kept as given, RGB555 included
+    EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_KEY, &got, 3, &written),
+              IMGPRC_E_INVALIDARG);
+    EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_KEY, &got, 8, &written), IMGPRC_OK);
+    EXPECT_EQ(got, 0x00EB8080u);
+    EXPECT_EQ(written, 4u);
+  }
+}
+
+}  // namespace
