@@ -3,13 +3,11 @@
 // with that kernel's argument shape. Kernel results are not passed on.
 #include <stddef.h>
 
+#include "imageproc/route_kernel.h"
 #include "imageproc/routes.h"
 #include "kernels/yuv420_rgb16.h"
 
 namespace {
-
-constexpr uint32_t kOutRgb565 = 3;
-constexpr uint32_t kOutRgb555 = 10;
 
 // Bytes each line buffer must hold for the kernel that a resize case picks;
 // 0 when the kernel uses none.
@@ -107,15 +105,16 @@ int ImgPrcRoute_YCbCr420ToRGB16(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
   const int32_t sh = static_cast<int32_t>(ctx->workSrcHeight);
   const int32_t dw = static_cast<int32_t>(ctx->workDstWidth);
   const int32_t dh = static_cast<int32_t>(ctx->workDstHeight);
-  const uint32_t out = ctx->format & 0xFF;
-  if (out == kOutRgb555) {
+  const uint32_t out = ImgPrcOutputCode(ctx);
+  if (out == IMGPRC_FMT_RGB555) {
     // Scaling and rotation settings do not apply to RGB555.
     _ORUYCbCr420ToRGB555(ctx, io.src, io.srcStrides, sw, sh, io.dst[0],
                          static_cast<int32_t>(io.dstStrides[0]), ctx->colorKey);
     return 0;
   }
-  if (out != kOutRgb565) return -3;
-  if (!LineBuffersFit(ctx)) return -3;
+  if (out != IMGPRC_FMT_RGB565) return kImgPrcNoKernel;
+  // No kernel can run safely on line buffers that are too small for it.
+  if (!LineBuffersFit(ctx)) return kImgPrcNoKernel;
   if (ctx->rotation != 0) {
     RouteRotated(ctx, io, sw, sh, dw, dh);
   } else {

@@ -25,7 +25,8 @@
 //
 // Line buffers: a kernel that takes the set uses slots 0-2 for converted source
 // lines and slot 3 for a blend, each holding at least max(source width + 1, 4)
-// 64-bit entries (Case3 uses two buffers of 1280 bytes).
+// 64-bit entries (Case3 uses two buffers of 1280 bytes). Lines are converted in
+// pixel pairs, so these kernels take even source widths, as set-up gives them.
 #pragma once
 
 #include <stdint.h>
