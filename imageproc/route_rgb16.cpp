@@ -9,38 +9,6 @@
 
 namespace {
 
-// Bytes each line buffer must hold for the kernel that a resize case picks;
-// 0 when the kernel uses none.
-size_t LineBytesNeeded(const ImgPrcContext* ctx) {
-  const size_t w = ctx->workSrcWidth;
-  auto atLeast = [](size_t v, size_t floor) { return v < floor ? floor : v; };
-  if (ctx->rotation != 0) return ctx->resizeCase == 2 ? atLeast(w + 1, 4) * 8 : 0;
-  switch (ctx->resizeCase) {
-    case 2:
-    case 4:
-      if (ctx->resizeMode == IMGPRC_RESIZE_NEAREST) return atLeast(w, 2) * 2;
-      if (ctx->resizeMode == IMGPRC_RESIZE_NEAR_LINEAR) return atLeast(w, 2) * 8;
-      return atLeast(w + 1, 4) * 8;
-    case 5:
-      return atLeast(w, 4) * 8;
-    case 6:
-      return atLeast(w + 1, 4) * 8;
-    case 7:
-      return 320 * 4;
-    default:
-      return 0;
-  }
-}
-
-// The set-up places the four line buffers one line size apart; a set too
-// small for the chosen kernel would let one line run into the next (or past
-// the block), so such a frame is refused instead.
-bool LineBuffersFit(const ImgPrcContext* ctx) {
-  const size_t need = LineBytesNeeded(ctx);
-  if (need == 0 || ctx->lineBuffer[0] == nullptr || ctx->lineBuffer[1] == nullptr) return true;
-  return static_cast<size_t>(ctx->lineBuffer[1] - ctx->lineBuffer[0]) >= need;
-}
-
 void RouteRotated(ImgPrcContext* ctx, const ImgPrcFrameIO& io, int32_t sw, int32_t sh, int32_t dw,
                   int32_t dh) {
   switch (ctx->resizeCase) {
@@ -114,7 +82,6 @@ int ImgPrcRoute_YCbCr420ToRGB16(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
   }
   if (out != IMGPRC_FMT_RGB565) return kImgPrcNoKernel;
   // No kernel can run safely on line buffers that are too small for it.
-  if (!LineBuffersFit(ctx)) return kImgPrcNoKernel;
   if (ctx->rotation != 0) {
     RouteRotated(ctx, io, sw, sh, dw, dh);
   } else {
