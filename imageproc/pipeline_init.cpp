@@ -51,12 +51,14 @@ uint32_t ClassifyResize(const ImgPrcContext* c) {
   return resizeCase;
 }
 
-// Four line buffers of the wider work width plus 4 pixels of filter-tap margin,
-// 4 bytes a pixel (8 for the near-linear enlargement).
+// Four line buffers of the wider work width plus 4 pixels of filter-tap margin.
+// Every entry is a 64-bit word (a spread pixel in its low half, or a pair of
+// RGB565 pixels), so a line takes 8 bytes a pixel: at 4 bytes a 1.5x or any
+// enlargement under 2x would run each line into the next and the last one off
+// the block.
 int AllocateLineBuffers(ImgPrcContext* c) {
   const uint64_t widest = c->workSrcWidth > c->workDstWidth ? c->workSrcWidth : c->workDstWidth;
-  const bool wide = c->resizeMode == IMGPRC_RESIZE_NEAR_LINEAR && c->resizeCase == IMGPRC_CASE_ENLARGE;
-  const uint64_t lineSize = (widest + 4) * (wide ? 8 : 4);
+  const uint64_t lineSize = (widest + 4) * 8;
   uint8_t* block = static_cast<uint8_t*>(ImgPrcMalloc(4 * lineSize + 4));
   if (!block) return -2;
   c->lineBufferBlock = block;

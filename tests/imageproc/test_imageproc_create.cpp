@@ -223,10 +223,10 @@ TEST(Create, LineBuffersSizedForTheWiderWidth) {
     uint32_t sw, dw, mode, lineSize;
   };
   const Case cases[] = {
-      {100, 300, 1, (300 + 4) * 4},  // enlargement, 4 bytes a pixel
-      {300, 100, 1, (300 + 4) * 4},  // shrink: the source is wider
-      {100, 300, 3, (300 + 4) * 8},  // near-linear enlargement: 8 bytes a pixel
-      {300, 100, 3, (300 + 4) * 4},  // near-linear only matters when enlarging
+      {100, 300, 1, (300 + 4) * 8},  // enlargement: 64-bit entries, 8 bytes a pixel
+      {300, 100, 1, (300 + 4) * 8},  // shrink: the source is wider
+      {100, 300, 3, (300 + 4) * 8},  // near-linear enlargement
+      {300, 150, 3, (300 + 4) * 8},
   };
   for (const Case& c : cases) {
     CreateArgs a;

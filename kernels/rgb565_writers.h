@@ -1,0 +1,87 @@
+// Block writers shared by the RGB565 kernels: where the four pixels of one
+// 2x2 block go. A walker calls RowPair(k) before the blocks of row pair k and
+// Block(m, ...) for column pair m with the four finished pixels.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "imageproc/imgprc_context.h"
+#include "kernels/yuv_color_step.h"
+
+namespace scrim {
+
+// Through the rotation record's four cursors. Steps are used rounded down to
+// whole 16-bit pixels.
+class CursorBlockWriter {
+ public:
+  explicit CursorBlockWriter(const ImgPrcRotationRecord& rec)
+      : colStep_(static_cast<ptrdiff_t>(rec.stepX >> 1) * 2),
+        rowStep_(static_cast<ptrdiff_t>(rec.stepY >> 1) * 2) {
+    base_[0] = rec.pix00;
+    base_[1] = rec.pix10;
+    base_[2] = rec.pix01;
+    base_[3] = rec.pix11;
+  }
+  void RowPair(int32_t k) { rowOffset_ = k * rowStep_; }
+  void Block(int32_t m, uint16_t p00, uint16_t p10, uint16_t p01, uint16_t p11) {
+    const ptrdiff_t at = rowOffset_ + m * colStep_;
+    Store16(base_[0] + at, p00);
+    Store16(base_[1] + at, p10);
+    Store16(base_[2] + at, p01);
+    Store16(base_[3] + at, p11);
+  }
+
+ private:
+  uint8_t* base_[4];
+  ptrdiff_t colStep_;
+  ptrdiff_t rowStep_;
+  ptrdiff_t rowOffset_ = 0;
+};
+
+// Two rows of 16-bit pixels, pitch bytes apart, row pairs 2 * pitch apart.
+class PlainBlockWriter {
+ public:
+  PlainBlockWriter(uint8_t* dst, int32_t pitch) : dst_(dst), pitch_(pitch) {}
+  void RowPair(int32_t k) {
+    row0_ = dst_ + static_cast<ptrdiff_t>(k) * 2 * pitch_;
+    row1_ = row0_ + pitch_;
+  }
+  void Block(int32_t m, uint16_t p00, uint16_t p10, uint16_t p01, uint16_t p11) {
+    Store32(row0_ + 4 * m, static_cast<uint32_t>(p00) | static_cast<uint32_t>(p10) << 16);
+    Store32(row1_ + 4 * m, static_cast<uint32_t>(p01) | static_cast<uint32_t>(p11) << 16);
+  }
+
+ private:
+  uint8_t* dst_;
+  ptrdiff_t pitch_;
+  uint8_t* row0_ = nullptr;
+  uint8_t* row1_ = nullptr;
+};
+
+// Each row's pixel pair as a 32-bit value sign-extended into a 64-bit word,
+// words 8 bytes apart; rows pitch bytes apart.
+class WidePairBlockWriter {
+ public:
+  WidePairBlockWriter(uint8_t* dst, int32_t pitch) : dst_(dst), pitch_(pitch) {}
+  void RowPair(int32_t k) {
+    row0_ = dst_ + static_cast<ptrdiff_t>(k) * 2 * pitch_;
+    row1_ = row0_ + pitch_;
+  }
+  void Block(int32_t m, uint16_t p00, uint16_t p10, uint16_t p01, uint16_t p11) {
+    Store64(row0_ + 8 * m, Widen(p00, p10));
+    Store64(row1_ + 8 * m, Widen(p01, p11));
+  }
+
+ private:
+  static uint64_t Widen(uint16_t lo, uint16_t hi) {
+    const int32_t v = static_cast<int32_t>(static_cast<uint32_t>(lo) | static_cast<uint32_t>(hi) << 16);
+    return static_cast<uint64_t>(static_cast<int64_t>(v));
+  }
+  uint8_t* dst_;
+  ptrdiff_t pitch_;
+  uint8_t* row0_ = nullptr;
+  uint8_t* row1_ = nullptr;
+};
+
+}  // namespace scrim
