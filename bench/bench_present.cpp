@@ -1,7 +1,8 @@
 // What the presenter adds around the conversion: a whole Present (lock, the
 // image processor's frame call, post, and the routine trace lines that are
 // formatted and dropped) into a YV12 host window, beside the frame call alone
-// into the same window layout and libyuv's I420Copy of the same planes, at
+// into the same window layout and libyuv's I420Copy of the same planes; and a
+// whole Present into an RGB565 window beside libyuv's I420ToRGB565, at
 // 1280x720. The window keeps no copies of posted pictures here.
 #include <benchmark/benchmark.h>
 #include <libyuv.h>
@@ -42,7 +43,8 @@ struct Yv12Target {
   uint8_t* cb() { return cr() + kChroma * kHeight / 2; }
 };
 
-void BM_Present_YV12(benchmark::State& state) {
+// A whole Present, with the window taking YV12 (yv12) or RGB565.
+void PresentLoop(benchmark::State& state, bool yv12) {
   Source src;
   HostWindowConfig config{};
   config.width = kWidth;
@@ -54,7 +56,7 @@ void BM_Present_YV12(benchmark::State& state) {
   params.dwWidth = kWidth;
   params.dwHeight = kHeight;
   CScrimPresentStream* stream = new CScrimPresentStream(&params, window, nullptr);
-  unsigned long fourcc = KV_FOURCC_YV12;
+  unsigned long fourcc = yv12 ? KV_FOURCC_YV12 : 0;
   stream->Set(IID_IKvVideoPresenterStream, KV_PROPID_VP_PREFER_OUTPUT_FORMAT, nullptr, 0, &fourcc, 8);
   stream->Open();
   uint8_t show = 1;
@@ -67,7 +69,26 @@ void BM_Present_YV12(benchmark::State& state) {
   stream->Release();
   ANativeWindow_release(window);
 }
+
+void BM_Present_YV12(benchmark::State& state) { PresentLoop(state, true); }
 BENCHMARK(BM_Present_YV12)->Unit(benchmark::kMicrosecond);
+
+void BM_Present_RGB565(benchmark::State& state) { PresentLoop(state, false); }
+BENCHMARK(BM_Present_RGB565)->Unit(benchmark::kMicrosecond);
+
+// libyuv's conversion of the same planes to RGB565 (BT.601), rows as wide as the window's.
+void BM_libyuv_I420ToRGB565(benchmark::State& state) {
+  Source src;
+  const int stride = (kWidth + 111) / 112 * 112 * 2;  // the host window's default row alignment
+  std::vector<uint8_t> dst(static_cast<size_t>(stride) * kHeight);
+  for (auto _ : state) {
+    libyuv::I420ToRGB565(src.planes[0], kWidth, src.planes[1], kWidth / 2, src.planes[2], kWidth / 2,
+                         dst.data(), stride, kWidth, kHeight);
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 3 / 2);
+}
+BENCHMARK(BM_libyuv_I420ToRGB565)->Unit(benchmark::kMicrosecond);
 
 void BM_FrameCall_YV12(benchmark::State& state) {
   Source src;
