@@ -55,13 +55,18 @@ inline void RenderRgb555(Canvas& cv, const Tables& t, Picture& pic, int32_t w, i
   });
 }
 
-// Through the four cursors; steps used rounded down to whole pixels.
-inline void RenderRot(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
-                      const RecordOffsets& ro) {
+// Through the four cursors; steps used rounded down to whole pixels. Returns
+// the picture as well (w x h, source orientation).
+inline std::vector<uint16_t> RenderRot(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
+                                       const RecordOffsets& ro) {
   const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
+  std::vector<uint16_t> grid(static_cast<size_t>(w) * h);
   ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(ro.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, Ref565(t, yv, cb, cr));
+    const uint16_t v = Ref565(t, yv, cb, cr);
+    cv.Put16(ro.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, v);
+    if (x < w && y < h) grid[static_cast<size_t>(y) * w + x] = v;
   });
+  return grid;
 }
 
 // ---- Any ratio ------------------------------------------------------------
@@ -193,50 +198,68 @@ class RefCache {
   int32_t tag_[3] = {-1, -1, -1};
 };
 
-// Linear stretch of a spread line; the entry past the line only ever gets
-// weight 0.
-inline Pixels Stretch(const Line& l, uint32_t step, int32_t dw) {
-  Pixels out(2 * std::max(1, dw / 2));
+// The horizontal stretches of a spread line, as the weighted pixels (weights
+// over 32) each output pixel blends.
+using Terms = std::vector<std::pair<uint32_t, uint64_t>>;
+
+// Linear: the entry past the line only ever gets weight 0.
+inline std::vector<Terms> LinearPhases(const Line& l, uint32_t step, int32_t dw) {
+  std::vector<Terms> out(2 * std::max(1, dw / 2));
   for (size_t k = 0; k < out.size(); ++k) {
     const uint32_t p = k * step, i = p >> 16, f = (p >> 11) & 31;
     if (i + 1 >= l.size()) {
       EXPECT_EQ(f, 0u);
     }
-    out[k] = Blend565({{32 - f, l.at(i)}, {f, i + 1 < l.size() ? l[i + 1] : 0}}, 32);
+    out[k] = {{32 - f, l.at(i)}, {f, i + 1 < l.size() ? l[i + 1] : 0}};
   }
   return out;
 }
 
-// Fixed 1.5x and 2.5x stretches, by their phase tables.
-inline Pixels Stretch23(const Line& l) {
+// Fixed 1.5x and 2.5x stretches, by their phase tables; the last pixel
+// stands in for the one past the line.
+inline std::vector<Terms> Phases23(const Line& l) {
   const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
-  Pixels out;
+  std::vector<Terms> out;
   for (int32_t r = 0; r < rounds; ++r) {
     const uint64_t a = l[4 * r], b = l[4 * r + 1], c = l[4 * r + 2], d = l[4 * r + 3];
     const uint64_t e = r + 1 < rounds ? l[4 * r + 4] : d;
-    out.push_back(Blend565({{1, a}}, 1));
-    out.push_back(Blend565({{11, a}, {21, b}}, 32));
-    out.push_back(Blend565({{21, b}, {11, c}}, 32));
-    out.push_back(Blend565({{1, c}}, 1));
-    out.push_back(Blend565({{11, c}, {21, d}}, 32));
-    out.push_back(Blend565({{21, d}, {11, e}}, 32));
+    for (Terms t : {Terms{{32, a}},
+                    {{11, a}, {21, b}},
+                    {{21, b}, {11, c}},
+                    {{32, c}},
+                    {{11, c}, {21, d}},
+                    {{21, d}, {11, e}}})
+      out.push_back(t);
   }
   return out;
 }
 
-inline Pixels Stretch25(const Line& l) {
+// Weights 1/1, 5/8 3/8, 7/32 25/32, 13/16 3/16 and 19/32 13/32, over 32.
+inline std::vector<Terms> Phases25(const Line& l) {
   const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
-  Pixels out;
+  std::vector<Terms> out;
   for (int32_t pair = 0; pair < 2 * rounds; ++pair) {
     const uint64_t a = l[2 * pair], b = l[2 * pair + 1];
     const uint64_t c = pair + 1 < 2 * rounds ? l[2 * pair + 2] : b;
-    out.push_back(Blend565({{1, a}}, 1));
-    out.push_back(Blend565({{5, a}, {3, b}}, 8));
-    out.push_back(Blend565({{7, a}, {25, b}}, 32));
-    out.push_back(Blend565({{13, b}, {3, c}}, 16));
-    out.push_back(Blend565({{19, b}, {13, c}}, 32));
+    for (Terms t :
+         {Terms{{32, a}}, {{20, a}, {12, b}}, {{7, a}, {25, b}}, {{26, b}, {6, c}}, {{19, b}, {13, c}}})
+      out.push_back(t);
   }
   return out;
+}
+
+inline Pixels To565(const std::vector<Terms>& phases) {
+  Pixels out;
+  for (const Terms& t : phases) out.push_back(Blend565(t, 32));
+  return out;
+}
+
+// 32-bit ARGB of a blend: red and green sums / 8, blue sum / 4 (6-bit x 32
+// to 8 bits, 5-bit x 32 to 8 bits).
+inline uint32_t Blend32(const Terms& terms, uint32_t alpha) {
+  uint32_t r = 0, g = 0, b = 0;
+  for (const auto& [w, s] : terms) r += w * RedOf(s), g += w * GreenOf(s), b += w * BlueOf(s);
+  return alpha << 24 | (r >> 3) << 16 | (g >> 3) << 8 | b >> 2;
 }
 
 // One output row of pixel pairs in 64-bit words with a zero upper half.
@@ -254,7 +277,7 @@ inline std::vector<Pixels> RenderRszUp(Canvas& cv, const Tables& t, Picture& pic
   const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
   std::vector<Pixels> rows;
   for (int32_t j = 0; j < dh; ++j) {
-    rows.push_back(Stretch(cache.At(j * sy), sx, dw));
+    rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
     PutPairs(cv, j * WideRow(pitch), rows.back());
   }
   return rows;
@@ -270,7 +293,7 @@ inline std::vector<Pixels> RenderRszUpRot(Canvas& cv, const Tables& t, Picture& 
   const int64_t row = (rowStep >> 1) * 2, col = (colStep >> 1) * 2;
   std::vector<Pixels> rows;
   for (int32_t j = 0; j < dh; ++j) {
-    rows.push_back(Stretch(cache.At(j * sy), sx, dw));
+    rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
     for (size_t k = 0; k < rows.back().size(); ++k)
       cv.Put16(first + j * row + int64_t(k) * col, rows.back()[k]);
   }
@@ -281,7 +304,7 @@ inline void RenderCase2(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, i
                         int32_t pitch) {
   RefCache cache(t, pic, sw);
   const uint32_t sy = Step(sh, dh);
-  for (int32_t j = 0; j < dh; ++j) PutPairs(cv, j * WideRow(pitch), Stretch23(cache.At(j * sy)));
+  for (int32_t j = 0; j < dh; ++j) PutPairs(cv, j * WideRow(pitch), To565(Phases23(cache.At(j * sy))));
 }
 
 // Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1,
@@ -292,8 +315,8 @@ inline void RenderCase1(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, i
   std::vector<Line> src;
   for (int32_t r = 0; r < 2 * groups + 2; ++r) src.push_back(SpreadRow(t, pic, sw, r, r / 2));
   for (int32_t k = 0; k < 2 * groups; ++k) {
-    PutPairs(cv, 2 * k * WideRow(pitch), Stretch25(src[k]));
-    PutPairs(cv, (2 * k + 1) * WideRow(pitch), Stretch25(Blend(src[k], src[k + 1], 1, 2)));
+    PutPairs(cv, 2 * k * WideRow(pitch), To565(Phases25(src[k])));
+    PutPairs(cv, (2 * k + 1) * WideRow(pitch), To565(Phases25(Blend(src[k], src[k + 1], 1, 2))));
   }
 }
 
@@ -307,7 +330,7 @@ inline void RenderCase3(Canvas& cv, const Tables& t, Picture& pic, int32_t pitch
   for (int32_t r = 0; r < 240; ++r) src.push_back(SpreadRow(t, pic, 320, r, r / 2));
   for (int32_t j = 0; j < 272; ++j) {
     const int32_t r = 15 * (j / 17) + kBandRow[j % 17];
-    const Pixels px = Stretch23(Blend(src[r], src[std::min(r + 1, 239)], kBandWeight[j % 17], 8));
+    const Pixels px = To565(Phases23(Blend(src[r], src[std::min(r + 1, 239)], kBandWeight[j % 17], 8)));
     EXPECT_EQ(px.size(), 480u);
     PutPairs(cv, j * WideRow(pitch), px);
   }
@@ -359,6 +382,81 @@ inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
     }
     shown = r;
   }
+}
+
+// ---- Any kernel, by name ---------------------------------------------------
+
+enum class Kernel {
+  Plain,
+  Rgb555,
+  Rot,
+  Rsz,
+  RszRot,
+  RszUp,
+  Nearest,
+  NearLinear,
+  RszUpRot,
+  Case1,
+  Case2,
+  Case3
+};
+
+inline bool Rotating(Kernel k) { return k == Kernel::Rot || k == Kernel::RszRot || k == Kernel::RszUpRot; }
+
+// Colour key on pixel (x, y) with the chroma of its block, both chroma planes
+// addressed with stride 1 as the RGB555 kernel reads them.
+inline uint32_t KeyOf(Picture& pic, int32_t x, int32_t y) {
+  return uint32_t{pic.Y(x, y)} << 16 | uint32_t{pic.C(1, x / 2, y / 2, pic.stride(1))} << 8 |
+         pic.C(2, x / 2, y / 2, pic.stride(1));
+}
+
+// Draws what kernel k writes for a sw x sh source and a dw x dh destination
+// (the same-size kernels take sw x sh), rows `pitch` bytes apart (rotating
+// kernels: through `ro`). Rotating kernels also return the output picture
+// (dw x dh, source orientation).
+inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
+                                          int32_t sh, int32_t dw, int32_t dh, int32_t pitch,
+                                          const RecordOffsets& ro, uint32_t key) {
+  switch (k) {
+    case Kernel::Plain:
+      RenderPlain(cv, t, pic, sw, sh, pitch);
+      break;
+    case Kernel::Rgb555:
+      RenderRgb555(cv, t, pic, sw, sh, pitch, key);
+      break;
+    case Kernel::Rot:
+      return RenderRot(cv, t, pic, sw, sh, ro);
+    case Kernel::Rsz:
+      RenderRsz(cv, t, pic, sw, sh, dw, dh, pitch);
+      break;
+    case Kernel::RszRot:
+      return RenderRszRot(cv, t, pic, sw, sh, dw, dh, ro);
+    case Kernel::RszUp:
+      RenderRszUp(cv, t, pic, sw, sh, dw, dh, pitch);
+      break;
+    case Kernel::Nearest:
+    case Kernel::NearLinear:
+      RenderNearest(cv, t, pic, sw, sh, dw, dh, pitch, k == Kernel::NearLinear);
+      break;
+    case Kernel::RszUpRot: {
+      // One cursor and half of each block step, per output pixel and row.
+      const auto rows = RenderRszUpRot(cv, t, pic, sw, sh, dw, dh, ro.pix[0], ro.stepY / 2, ro.stepX / 2);
+      std::vector<uint16_t> grid;
+      for (const Pixels& r : rows)
+        grid.insert(grid.end(), r.begin(), r.begin() + std::min<size_t>(dw, r.size()));
+      return grid;
+    }
+    case Kernel::Case1:
+      RenderCase1(cv, t, pic, sw, dh, pitch);
+      break;
+    case Kernel::Case2:
+      RenderCase2(cv, t, pic, sw, sh, dh, pitch);
+      break;
+    case Kernel::Case3:
+      RenderCase3(cv, t, pic, pitch);
+      break;
+  }
+  return {};
 }
 
 }  // namespace rgb16test

@@ -9,13 +9,11 @@
 
 #include "imageproc/interp.h"
 #include "kernels/yuv420_rgb16.h"
-#include "rgb16_ref.h"
+#include "rgb16_kernel_ref.h"
 
 using namespace rgb16test;
 
 namespace {
-
-uint64_t Spread(uint32_t r, uint32_t g, uint32_t b) { return uint64_t{r} << 21 | uint64_t{g} << 10 | b; }
 
 std::vector<uint64_t> RandomSpread(size_t n, uint32_t seed) {
   std::mt19937 rng(seed);
@@ -69,23 +67,26 @@ TEST(Convert, NeutralWhiteIsFullScale) {
 TEST(Convert, MatchesColourStepOnRandomLines) {
   for (bool wide : {false, true}) {
     const Tables t(11 + wide, wide);
-    for (int32_t width : {1, 2, 7, 16, 33}) {
+    for (int32_t width : {1, 2, 7, 14, 33}) {
       const int32_t pairs = std::max(1, width / 2);
       std::mt19937 rng(width);
       std::vector<uint8_t> y0(2 * pairs), y1(2 * pairs), cb(pairs), cr(pairs);
       for (auto* v : {&y0, &y1, &cb, &cr})
         for (auto& s : *v) s = static_cast<uint8_t>(rng());
       std::vector<uint64_t> o0(2 * pairs), o1(2 * pairs), b0(2 * pairs), b1(2 * pairs);
+      std::vector<uint16_t> p0(2 * pairs), p1(2 * pairs);
       Convert(&t.ctx, y0.data(), y1.data(), cb.data(), cr.data(), o0.data(), o1.data(), width);
       ConvertBGR(&t.ctx, y0.data(), y1.data(), cb.data(), cr.data(), b0.data(), b1.data(), width);
+      Convert_565(&t.ctx, y0.data(), y1.data(), cb.data(), cr.data(), p0.data(), p1.data(), width);
       for (int32_t i = 0; i < 2 * pairs; ++i) {
-        const uint64_t e0 = RefSpread(t, y0[i], cb[i / 2], cr[i / 2]);
-        const uint64_t e1 = RefSpread(t, y1[i], cb[i / 2], cr[i / 2]);
-        EXPECT_EQ(o0[i], e0) << width << " " << i;
-        EXPECT_EQ(o1[i], e1) << width << " " << i;
-        // Red and blue exchanged: 5-bit blue in the red field, 6-bit red at 0.
-        EXPECT_EQ(b0[i], uint64_t{BlueOf(e0)} << 21 | uint64_t{GreenOf(e0)} << 10 | RedOf(e0));
-        EXPECT_EQ(b1[i], uint64_t{BlueOf(e1)} << 21 | uint64_t{GreenOf(e1)} << 10 | RedOf(e1));
+        for (const auto& [y, o, b, p] :
+             {std::tuple{y0[i], o0[i], b0[i], p0[i]}, {y1[i], o1[i], b1[i], p1[i]}}) {
+          const uint64_t e = RefSpread(t, y, cb[i / 2], cr[i / 2]);
+          EXPECT_EQ(o, e) << width << " " << i;
+          // Red and blue exchanged: 5-bit blue in the red field, 6-bit red at 0.
+          EXPECT_EQ(b, uint64_t{BlueOf(e)} << 21 | uint64_t{GreenOf(e)} << 10 | RedOf(e));
+          EXPECT_EQ(p, Ref565(t, y, cb[i / 2], cr[i / 2]));
+        }
       }
     }
   }
@@ -108,16 +109,14 @@ TEST(VLerp, EndWeightsCopyAndEveryWeightStaysInFields) {
   EXPECT_EQ(out, a);
   VLerp(a.data(), b.data(), out.data(), 32, 37);
   EXPECT_EQ(out, b);
-  for (int32_t w = 0; w <= 32; ++w) {
+  for (uint32_t w = 0; w <= 32; ++w) {
     VLerp(a.data(), b.data(), out.data(), w, 37);
-    for (size_t i = 0; i < 37; ++i) {
-      const uint32_t wa = 32 - w;
-      EXPECT_EQ(out[i], Spread((wa * RedOf(a[i]) + w * RedOf(b[i])) / 32,
-                               (wa * GreenOf(a[i]) + w * GreenOf(b[i])) / 32,
-                               (wa * BlueOf(a[i]) + w * BlueOf(b[i])) / 32))
-          << "w " << w;
-    }
+    EXPECT_EQ(out, Blend(a, b, w, 32)) << "w " << w;
   }
+  const auto c = RandomSpread(19, 3), d = RandomSpread(19, 4);  // the half, exact sizes
+  std::vector<uint64_t> half(19);
+  VLerp_12(c.data(), d.data(), half.data(), 19);
+  EXPECT_EQ(half, Blend(c, d, 1, 2));
   // Saturated fields at every weight stay inside the mask.
   const std::vector<uint64_t> full(4, kMask), zero(4, 0);
   for (int32_t w = 0; w <= 32; ++w) {
@@ -126,39 +125,36 @@ TEST(VLerp, EndWeightsCopyAndEveryWeightStaysInFields) {
   }
 }
 
-TEST(VLerp, HalfIsTheFieldAverage) {
-  const auto a = RandomSpread(19, 3), b = RandomSpread(19, 4);
-  std::vector<uint64_t> out(19);
-  VLerp_12(a.data(), b.data(), out.data(), 19);
-  for (size_t i = 0; i < 19; ++i)
-    EXPECT_EQ(out[i], Spread((RedOf(a[i]) + RedOf(b[i])) / 2, (GreenOf(a[i]) + GreenOf(b[i])) / 2,
-                             (BlueOf(a[i]) + BlueOf(b[i])) / 2));
-}
-
-TEST(HLerp, UnitStepReproducesTheLine) {
-  const int32_t width = 10;
-  auto src = RandomSpread(width + 1, 5);  // the last position reads one entry beyond
-  std::vector<uint8_t> out(width / 2 * 8);
-  HLerp(src.data(), out.data(), 0x10000, width);
+// The 16-bit pixels (in 64-bit pair entries, upper halves zero) and 32-bit
+// pixels a stretch writes, against the blends of its phases.
+void ExpectPhases(const std::vector<Terms>& phases, const std::vector<uint8_t>& out,
+                  const std::vector<uint32_t>& out32, uint32_t alpha) {
+  ASSERT_EQ(out.size(), phases.size() * 4);
+  ASSERT_EQ(out32.size(), phases.size());
   ExpectHighHalvesZero(out);
-  for (int32_t k = 0; k < width; ++k) {
-    const uint64_t s = src[k];
-    EXPECT_EQ(Pixel(out, k), (RedOf(s) >> 1) << 11 | GreenOf(s) << 5 | BlueOf(s));
+  for (size_t k = 0; k < phases.size(); ++k) {
+    EXPECT_EQ(Pixel(out, k), Blend565(phases[k], 32)) << "pixel " << k;
+    EXPECT_EQ(out32[k], Blend32(phases[k], alpha)) << "pixel " << k;
   }
 }
 
-TEST(HLerp, RandomStepsBlendNeighboursWithFiveBitWeights) {
-  for (uint32_t step : {0x0u, 0x5555u, 0x8000u, 0x9ABCu, 0x1F00Fu}) {
-    for (int32_t width : {1, 2, 9, 24}) {
+TEST(HLerp, StepsBlendNeighboursWithFiveBitWeights) {
+  for (uint32_t step : {0x0u, 0x5555u, 0x8000u, 0x9ABCu, 0x10000u, 0x1F00Fu}) {
+    for (int32_t width : {1, 2, 9, 10, 24}) {
+      SCOPED_TRACE(testing::Message() << "step " << step << " width " << width);
       const int32_t pixels = 2 * std::max(1, width / 2);
       const uint32_t lastPos = (pixels - 1) * step;
-      auto src = RandomSpread((lastPos >> 16) + 2, step + width);
-      std::vector<uint8_t> out(pixels / 2 * 8);
+      const Line src = RandomSpread((lastPos >> 16) + 2, step + width);  // one entry past the last position
+      const auto phases = LinearPhases(src, step, width);
+      std::vector<uint8_t> out(pixels / 2 * 8), out24(pixels * 3);
+      std::vector<uint32_t> out32(pixels);
       HLerp(src.data(), out.data(), step, width);
-      ExpectHighHalvesZero(out);
-      for (int32_t k = 0; k < pixels; ++k) {
-        const uint32_t p = k * step, i = p >> 16, f = (p >> 11) & 31;
-        EXPECT_EQ(Pixel(out, k), Blend565({{32 - f, src[i]}, {f, src[i + 1]}}, 32)) << step << " " << k;
+      HLerp32(src.data(), out32.data(), step, width, 0xA5);
+      HLerp24(src.data(), out24.data(), step, width);
+      ExpectPhases(phases, out, out32, 0xA5);
+      for (int32_t k = 0; k < pixels; ++k) {  // 24-bit: the 32-bit pixel's bytes without alpha
+        const uint32_t v = Blend32(phases[k], 0);
+        EXPECT_EQ(out24[3 * k] | out24[3 * k + 1] << 8 | out24[3 * k + 2] << 16, v);
       }
 
       // The rotated form writes the same pixels pixelStep apart.
@@ -169,22 +165,6 @@ TEST(HLerp, RandomStepsBlendNeighboursWithFiveBitWeights) {
         uint16_t v;
         memcpy(&v, &rot[(pixels - 1 - k) * 6], 2);
         EXPECT_EQ(v, Pixel(out, k));
-      }
-
-      // 32-bit: alpha, then red and green sums / 8, blue sum / 4 (6-bit x 4, 5-bit x 8).
-      std::vector<uint32_t> out32(pixels);
-      std::vector<uint8_t> out24(pixels * 3);
-      HLerp32(src.data(), out32.data(), step, width, 0xA5);
-      HLerp24(src.data(), out24.data(), step, width);
-      for (int32_t k = 0; k < pixels; ++k) {
-        const uint32_t p = k * step, i = p >> 16, f = (p >> 11) & 31;
-        const uint32_t rs = (32 - f) * RedOf(src[i]) + f * RedOf(src[i + 1]);
-        const uint32_t gs = (32 - f) * GreenOf(src[i]) + f * GreenOf(src[i + 1]);
-        const uint32_t bs = (32 - f) * BlueOf(src[i]) + f * BlueOf(src[i + 1]);
-        EXPECT_EQ(out32[k], 0xA5000000u | (rs >> 3) << 16 | (gs >> 3) << 8 | (bs >> 2));
-        EXPECT_EQ(out24[3 * k], bs >> 2);
-        EXPECT_EQ(out24[3 * k + 1], gs >> 3);
-        EXPECT_EQ(out24[3 * k + 2], rs >> 3);
       }
     }
   }
@@ -210,33 +190,16 @@ TEST(HLerpNearest, IsAnExactBresenhamStretch) {
   }
 }
 
-// Weights (over a, b, c of a source pair) and denominator of the five 2.5x phases.
-struct Phase {
-  uint32_t wa, wb, wc, total;
-};
-constexpr Phase k25[5] = {{1, 0, 0, 1}, {5, 3, 0, 8}, {7, 25, 0, 32}, {0, 13, 3, 16}, {0, 19, 13, 32}};
-
 TEST(HLerp25, FixedPhaseWeightsAndLastPixelTwice) {
   for (int32_t width : {4, 8, 20, 6}) {
+    SCOPED_TRACE(width);
     const int32_t rounds = width >> 2;
-    auto src = RandomSpread(4 * rounds, width);  // nothing past the last round is read
+    const Line src = RandomSpread(4 * rounds, width);  // nothing past the last round is read
     std::vector<uint8_t> out(5 * rounds * 8);
     std::vector<uint32_t> out32(10 * rounds);
     HLerp_25(src.data(), out.data(), width);
     HLerp32_25(src.data(), out32.data(), width, 0x7F);
-    ExpectHighHalvesZero(out);
-    for (int32_t k = 0; k < 10 * rounds; ++k) {
-      const int32_t pair = k / 5;
-      const Phase ph = k25[k % 5];
-      const uint64_t a = src[2 * pair], b = src[2 * pair + 1];
-      const uint64_t c = 2 * pair + 2 < 4 * rounds ? src[2 * pair + 2] : b;
-      EXPECT_EQ(Pixel(out, k), Blend565({{ph.wa, a}, {ph.wb, b}, {ph.wc, c}}, ph.total)) << width << " " << k;
-      const uint32_t scale = 32 / ph.total;
-      const uint32_t rs = scale * (ph.wa * RedOf(a) + ph.wb * RedOf(b) + ph.wc * RedOf(c));
-      const uint32_t gs = scale * (ph.wa * GreenOf(a) + ph.wb * GreenOf(b) + ph.wc * GreenOf(c));
-      const uint32_t bs = scale * (ph.wa * BlueOf(a) + ph.wb * BlueOf(b) + ph.wc * BlueOf(c));
-      EXPECT_EQ(out32[k], 0x7F000000u | (rs >> 3) << 16 | (gs >> 3) << 8 | (bs >> 2)) << k;
-    }
+    ExpectPhases(Phases25(src), out, out32, 0x7F);
     EXPECT_EQ(Pixel(out, 10 * rounds - 1), Pixel(out, 10 * rounds - 2));
   }
 }
@@ -252,26 +215,14 @@ TEST(HLerp25, PhaseWeightsOnACraftedEdge) {
 
 TEST(HLerp23, ThirdsRoundedToThirtySeconds) {
   for (int32_t width : {4, 8, 12, 2}) {
+    SCOPED_TRACE(width);
     const int32_t rounds = std::max(1, width >> 2);
-    auto src = RandomSpread(4 * rounds, 40 + width);
+    const Line src = RandomSpread(4 * rounds, 40 + width);
     std::vector<uint8_t> out(3 * rounds * 8);
     std::vector<uint32_t> out32(6 * rounds);
     HLerp_23(src.data(), out.data(), width);
     HLerp32_23(src.data(), out32.data(), width, 0);
-    ExpectHighHalvesZero(out);
-    for (int32_t r = 0; r < rounds; ++r) {
-      const uint64_t* s = &src[4 * r];
-      const uint64_t e = r + 1 < rounds ? s[4] : s[3];
-      const std::vector<std::pair<uint32_t, uint64_t>> phases[6] = {
-          {{32, s[0]}}, {{11, s[0]}, {21, s[1]}}, {{21, s[1]}, {11, s[2]}},
-          {{32, s[2]}}, {{11, s[2]}, {21, s[3]}}, {{21, s[3]}, {11, e}}};
-      for (int k = 0; k < 6; ++k) {
-        EXPECT_EQ(Pixel(out, 6 * r + k), Blend565(phases[k], 32)) << width << " " << r << " " << k;
-        uint32_t rs = 0, gs = 0, bs = 0;
-        for (const auto& [w, v] : phases[k]) rs += w * RedOf(v), gs += w * GreenOf(v), bs += w * BlueOf(v);
-        EXPECT_EQ(out32[6 * r + k], (rs >> 3) << 16 | (gs >> 3) << 8 | (bs >> 2));
-      }
-    }
+    ExpectPhases(Phases23(src), out, out32, 0);
   }
 }
 
@@ -294,23 +245,6 @@ TEST(DoubleLine, AveragesLeftNeighbourInPlace) {
         EXPECT_EQ(even, Blend565({{1, prev}, {1, e}}, 2)) << count << " " << i;
         EXPECT_EQ(odd, Blend565({{1, e}}, 1));
       }
-    }
-  }
-}
-
-TEST(Convert565, MatchesColourStep) {
-  const Tables t(21, true);
-  for (int32_t width : {1, 2, 14}) {
-    const int32_t blocks = std::max(1, width / 2);
-    std::vector<uint8_t> y0(2 * blocks), y1(2 * blocks), cb(blocks), cr(blocks);
-    std::mt19937 rng(width);
-    for (auto* v : {&y0, &y1, &cb, &cr})
-      for (auto& s : *v) s = static_cast<uint8_t>(rng());
-    std::vector<uint16_t> o0(2 * blocks), o1(2 * blocks);
-    Convert_565(&t.ctx, y0.data(), y1.data(), cb.data(), cr.data(), o0.data(), o1.data(), width);
-    for (int32_t i = 0; i < 2 * blocks; ++i) {
-      EXPECT_EQ(o0[i], Ref565(t, y0[i], cb[i / 2], cr[i / 2]));
-      EXPECT_EQ(o1[i], Ref565(t, y1[i], cb[i / 2], cr[i / 2]));
     }
   }
 }

@@ -12,21 +12,6 @@ using namespace rgb16test;
 
 namespace {
 
-enum class Kernel {
-  Plain,
-  Rgb555,
-  Rot,
-  Rsz,
-  RszRot,
-  RszUp,
-  Nearest,
-  NearLinear,
-  RszUpRot,
-  Case1,
-  Case2,
-  Case3
-};
-
 struct Route {
   const char* name;
   uint32_t format, rotation, resizeMode;
@@ -60,8 +45,6 @@ const Route kRoutes[] = {
     {"3:2 across", 0x003, 0, 1, 16, 8, 24, 16, 6, Kernel::Case2},
     {"320x240 to 480x272", 0x003, 0, 1, 320, 240, 480, 272, 7, Kernel::Case3},
 };
-
-bool Rotating(Kernel k) { return k == Kernel::Rot || k == Kernel::RszRot || k == Kernel::RszUpRot; }
 
 class Instance {
  public:
@@ -107,46 +90,8 @@ TEST_P(Rgb16Frame, MatchesTheKernelItsCaseSelects) {
   Picture pic(r.sw, r.sh, 5, r.sw * 13 + r.dw + r.rotation, 8);
   Canvas cv(static_cast<size_t>(pitch) * 2 * (rows + 4) + 64);
   const RecordOffsets ro = MakeOffsets(r.rotation, dw, dh, pitch);
-  uint32_t key = 0;
-  switch (r.kernel) {
-    case Kernel::Plain:
-      RenderPlain(cv, t, pic, sw, sh, pitch);
-      break;
-    case Kernel::Rgb555:
-      key = uint32_t{pic.Y(3, 1)} << 16 | uint32_t{pic.C(1, 1, 0, pic.stride(1))} << 8 |
-            pic.C(2, 1, 0, pic.stride(1));
-      RenderRgb555(cv, t, pic, sw, sh, pitch, key);
-      break;
-    case Kernel::Rot:
-      RenderRot(cv, t, pic, sw, sh, ro);
-      break;
-    case Kernel::Rsz:
-      RenderRsz(cv, t, pic, sw, sh, dw, dh, pitch);
-      break;
-    case Kernel::RszRot:
-      RenderRszRot(cv, t, pic, sw, sh, dw, dh, ro);
-      break;
-    case Kernel::RszUp:
-      RenderRszUp(cv, t, pic, sw, sh, dw, dh, pitch);
-      break;
-    case Kernel::Nearest:
-    case Kernel::NearLinear:
-      RenderNearest(cv, t, pic, sw, sh, dw, dh, pitch, r.kernel == Kernel::NearLinear);
-      break;
-    case Kernel::RszUpRot:
-      // One cursor and half of each block step, per output pixel and row.
-      RenderRszUpRot(cv, t, pic, sw, sh, dw, dh, ro.pix[0], ro.stepY / 2, ro.stepX / 2);
-      break;
-    case Kernel::Case1:
-      RenderCase1(cv, t, pic, sw, dh, pitch);
-      break;
-    case Kernel::Case2:
-      RenderCase2(cv, t, pic, sw, sh, dh, pitch);
-      break;
-    case Kernel::Case3:
-      RenderCase3(cv, t, pic, pitch);
-      break;
-  }
+  const uint32_t key = r.kernel == Kernel::Rgb555 ? KeyOf(pic, 3, 1) : 0;
+  RenderKernel(r.kernel, cv, t, pic, sw, sh, dw, dh, pitch, ro, key);
   if (r.kernel == Kernel::Rgb555) {
     ASSERT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_KEY, &key, sizeof key), IMGPRC_OK);
   }
