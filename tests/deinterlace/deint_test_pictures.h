@@ -4,10 +4,13 @@
 // are built from.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <stdint.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -46,6 +49,11 @@ struct Picture {
   }
 };
 
+// Every plane, byte for byte, padding included.
+inline void expect_same(const Picture& got, const Picture& want) {
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(got.planes[i].bytes, want.planes[i].bytes) << "plane " << i;
+}
+
 // Plane sizes of a picture by chroma layout (0 4:2:0, 1 4:2:2, 2 4:4:4).
 inline unsigned plane_width(unsigned plane, unsigned width, unsigned layout) {
   return plane > 0 && layout != 2 ? width / 2 : width;
@@ -60,6 +68,41 @@ inline uint8_t avg_down(int a, int b) { return static_cast<uint8_t>((a + b) / 2)
 inline uint8_t five_tap(int p0, int p1, int p2, int p3, int p4) {
   // Rounded towards minus infinity, as an arithmetic shift does.
   return clamp255(static_cast<int>(std::floor((-p0 + 4 * p1 + 2 * p2 + 4 * p3 - p4 + 4) / 8.0)));
+}
+
+// A picture of `layout` whose planes are pitch = plane width + pad, random.
+inline Picture random_picture(unsigned width, unsigned height, unsigned layout, unsigned pad,
+                              std::mt19937& rng) {
+  Picture p;
+  for (unsigned i = 0; i < 3; ++i) {
+    const unsigned w = plane_width(i, width, layout) + pad;
+    p.planes[i] = random_plane(plane_height(i, height, layout), w, w, rng);
+  }
+  return p;
+}
+
+// Constant-per-line pictures for the worked examples; pitch = width.
+inline Picture lines_picture(unsigned width, unsigned height, unsigned layout,
+                             const std::function<uint8_t(unsigned)>& v) {
+  Picture p;
+  for (unsigned i = 0; i < 3; ++i) {
+    unsigned w = plane_width(i, width, layout), h = plane_height(i, height, layout);
+    p.planes[i].pitch = w;
+    p.planes[i].bytes.resize(size_t(w) * h);
+    for (unsigned y = 0; y < h; ++y) memset(p.planes[i].row(y), v(y), w);
+  }
+  return p;
+}
+
+// The fast filter: line 2k is kept; line 2k+1 is filtered from lines 2k-1 ..
+// 2k+3, with lines above the plane reading as line 0 and lines below it as
+// the last line.
+inline void fast_reference(Plane& out, const Plane& in, unsigned w, unsigned h) {
+  auto at = [&](int y, unsigned x) { return in.at(unsigned(std::min(std::max(y, 0), int(h) - 1)), x); };
+  for (int y = 0; y < int(h); ++y)
+    for (unsigned x = 0; x < w; ++x)
+      out.row(y)[x] =
+          y % 2 == 0 ? at(y, x) : five_tap(at(y - 2, x), at(y - 1, x), at(y, x), at(y + 1, x), at(y + 2, x));
 }
 
 }  // namespace deint_test

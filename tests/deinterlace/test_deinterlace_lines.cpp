@@ -23,12 +23,7 @@ TEST(DeintClipTable, ClampsValuePlus1024) {
     int expected = i < 1024 ? 0 : (i > 1279 ? 255 : i - 1024);
     ASSERT_EQ(deint_clip_table[i], expected) << "index " << i;
   }
-  EXPECT_EQ(deint_clip(-1024), 0);
-  EXPECT_EQ(deint_clip(-1), 0);
-  EXPECT_EQ(deint_clip(0), 0);
-  EXPECT_EQ(deint_clip(200), 200);
-  EXPECT_EQ(deint_clip(256), 255);
-  EXPECT_EQ(deint_clip(1279), 255);
+  for (int v : {-1024, -1, 0, 200, 256, 1279}) EXPECT_EQ(deint_clip(v), clamp255(v)) << v;
 }
 
 TEST(DeintMerge, TruncatingAverageOfExactlyNBytes) {
@@ -90,29 +85,20 @@ TEST(DeintLine, SaturatesAndRoundsNegativeSumsDown) {
 }
 
 TEST(DeintLineInplace, ReplacesMiddleLineAndCarriesItsOriginal) {
+  // Also as the last odd line of a plane calls it: passing itself as b, c and d.
   std::mt19937 rng(13);
-  for (size_t n = 1; n <= 70; ++n) {
-    auto tmp = random_bytes(n, rng), a = random_bytes(n, rng), b = random_bytes(n, rng);
-    auto c = random_bytes(n, rng), d = random_bytes(n, rng);
-    const auto tmp0 = tmp, b0 = b;
-    deinterlace_line_inplace(tmp.data(), a.data(), b.data(), c.data(), d.data(), n);
-    for (size_t i = 0; i < n; ++i) {
-      ASSERT_EQ(b[i], five_tap(tmp0[i], a[i], b0[i], c[i], d[i])) << "n " << n << " i " << i;
-      ASSERT_EQ(tmp[i], b0[i]);
-    }
-  }
-}
-
-TEST(DeintLineInplace, LastLineReadsItselfThreeTimes) {
-  // The last odd line of a plane passes itself as b, c and d.
-  std::mt19937 rng(14);
-  for (size_t n : {1u, 15u, 16u, 17u, 40u}) {
-    auto tmp = random_bytes(n, rng), a = random_bytes(n, rng), b = random_bytes(n, rng);
-    const auto tmp0 = tmp, b0 = b;
-    deinterlace_line_inplace(tmp.data(), a.data(), b.data(), b.data(), b.data(), n);
-    for (size_t i = 0; i < n; ++i) {
-      ASSERT_EQ(b[i], five_tap(tmp0[i], a[i], b0[i], b0[i], b0[i])) << "n " << n << " i " << i;
-      ASSERT_EQ(tmp[i], b0[i]);
+  for (bool last : {false, true}) {
+    for (size_t n = 1; n <= 70; ++n) {
+      auto tmp = random_bytes(n, rng), a = random_bytes(n, rng), b = random_bytes(n, rng);
+      auto c = random_bytes(n, rng), d = random_bytes(n, rng);
+      const auto tmp0 = tmp, b0 = b;
+      deinterlace_line_inplace(tmp.data(), a.data(), b.data(), last ? b.data() : c.data(),
+                               last ? b.data() : d.data(), n);
+      for (size_t i = 0; i < n; ++i) {
+        ASSERT_EQ(b[i], five_tap(tmp0[i], a[i], b0[i], last ? b0[i] : c[i], last ? b0[i] : d[i]))
+            << "n " << n << " i " << i << (last ? " last" : "");
+        ASSERT_EQ(tmp[i], b0[i]);
+      }
     }
   }
 }
