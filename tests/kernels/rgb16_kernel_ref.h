@@ -42,16 +42,11 @@ void ForEachBlockPixel(Picture& pic, int32_t w, int32_t h, Put put) {
   }
 }
 
-inline void RenderPlain(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h, int64_t pitch) {
+// RGB565, or RGB555 with colour key `key` when `rgb555`.
+inline void RenderPlain(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h, int64_t pitch,
+                        bool rgb555 = false, uint32_t key = 0) {
   ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(y * pitch + 2 * x, Ref565(t, yv, cb, cr));
-  });
-}
-
-inline void RenderRgb555(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h, int64_t pitch,
-                         uint32_t key) {
-  ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(y * pitch + 2 * x, Ref555(t, yv, cb, cr, key));
+    cv.Put16(y * pitch + 2 * x, rgb555 ? Ref555(t, yv, cb, cr, key) : Ref565(t, yv, cb, cr));
   });
 }
 
@@ -270,34 +265,20 @@ inline void PutPairs(Canvas& cv, int64_t at, const Pixels& px) {
 // Bytes of a line buffer for the spread-line kernels.
 inline size_t SpreadLineBytes(int32_t sw) { return std::max<size_t>(sw + 1, 4) * 8; }
 
-// Returns the rows written (source orientation).
-inline std::vector<Pixels> RenderRszUp(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh,
-                                       int32_t dw, int32_t dh, int32_t pitch) {
+// The rows of a line-buffer enlargement (source orientation).
+inline std::vector<Pixels> RszUpRows(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
+                                     int32_t dh) {
   RefCache cache(t, pic, sw);
   const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
   std::vector<Pixels> rows;
-  for (int32_t j = 0; j < dh; ++j) {
-    rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
-    PutPairs(cv, j * WideRow(pitch), rows.back());
-  }
+  for (int32_t j = 0; j < dh; ++j) rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
   return rows;
 }
 
-// Row j from first + j * rowStep, pixels colStep apart (byte steps, used
-// rounded down to whole pixels).
-inline std::vector<Pixels> RenderRszUpRot(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh,
-                                          int32_t dw, int32_t dh, int64_t first, int32_t rowStep,
-                                          int32_t colStep) {
-  RefCache cache(t, pic, sw);
-  const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
-  const int64_t row = (rowStep >> 1) * 2, col = (colStep >> 1) * 2;
-  std::vector<Pixels> rows;
-  for (int32_t j = 0; j < dh; ++j) {
-    rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
-    for (size_t k = 0; k < rows.back().size(); ++k)
-      cv.Put16(first + j * row + int64_t(k) * col, rows.back()[k]);
-  }
-  return rows;
+inline void RenderRszUp(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
+                        int32_t dh, int32_t pitch) {
+  const auto rows = RszUpRows(t, pic, sw, sh, dw, dh);
+  for (size_t j = 0; j < rows.size(); ++j) PutPairs(cv, int64_t(j) * WideRow(pitch), rows[j]);
 }
 
 inline void RenderCase2(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh,
@@ -419,10 +400,8 @@ inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t,
                                           const RecordOffsets& ro, uint32_t key) {
   switch (k) {
     case Kernel::Plain:
-      RenderPlain(cv, t, pic, sw, sh, pitch);
-      break;
     case Kernel::Rgb555:
-      RenderRgb555(cv, t, pic, sw, sh, pitch, key);
+      RenderPlain(cv, t, pic, sw, sh, pitch, k == Kernel::Rgb555, key);
       break;
     case Kernel::Rot:
       return RenderRot(cv, t, pic, sw, sh, ro);
@@ -439,9 +418,14 @@ inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t,
       RenderNearest(cv, t, pic, sw, sh, dw, dh, pitch, k == Kernel::NearLinear);
       break;
     case Kernel::RszUpRot: {
-      // One cursor and half of each block step, per output pixel and row.
-      const auto rows = RenderRszUpRot(cv, t, pic, sw, sh, dw, dh, ro.pix[0], ro.stepY / 2, ro.stepX / 2);
+      // Row j from the first cursor + j * (stepY / 2), pixels stepX / 2 apart
+      // (byte steps, used rounded down to whole pixels).
+      const auto rows = RszUpRows(t, pic, sw, sh, dw, dh);
+      const int64_t row = (ro.stepY / 2 >> 1) * 2, col = (ro.stepX / 2 >> 1) * 2;
       std::vector<uint16_t> grid;
+      for (size_t j = 0; j < rows.size(); ++j)
+        for (size_t k = 0; k < rows[j].size(); ++k)
+          cv.Put16(ro.pix[0] + int64_t(j) * row + int64_t(k) * col, rows[j][k]);
       for (const Pixels& r : rows)
         grid.insert(grid.end(), r.begin(), r.begin() + std::min<size_t>(dw, r.size()));
       return grid;

@@ -75,30 +75,32 @@ struct Tables {
 
 inline int32_t Clamp(int32_t v, int32_t hi) { return std::min(std::max(v, 0), hi); }
 
-inline uint16_t Ref565(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
+// Channel sums of a pixel: its luma entry plus each colour term.
+struct Sums {
+  int32_t r, g, b;
+};
+inline Sums SumsOf(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
   const int32_t l = t.y[y];
-  const int32_t r = Clamp((l + t.RedTerm(cr)) >> 10, 31);
-  const int32_t g = Clamp((l + t.GreenTerm(cb, cr)) >> 9, 63);
-  const int32_t b = Clamp((l + t.BlueTerm(cb)) >> 10, 31);
-  return static_cast<uint16_t>(r * 2048 + g * 32 + b);
+  return {l + t.RedTerm(cr), l + t.GreenTerm(cb, cr), l + t.BlueTerm(cb)};
 }
 
+inline uint16_t Ref565(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
+  const Sums s = SumsOf(t, y, cb, cr);
+  return static_cast<uint16_t>(Clamp(s.r >> 10, 31) * 2048 + Clamp(s.g >> 9, 63) * 32 + Clamp(s.b >> 10, 31));
+}
+
+// 5-bit green (L >> 10, not >> 9) and the opaque bit; the keyed colour is 0.
 inline uint16_t Ref555(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, uint32_t key) {
   if ((static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
-  const int32_t l = t.y[y];
-  const int32_t r = Clamp((l + t.RedTerm(cr)) >> 10, 31);
-  const int32_t g = Clamp((l + t.GreenTerm(cb, cr)) >> 10, 31);
-  const int32_t b = Clamp((l + t.BlueTerm(cb)) >> 10, 31);
-  return static_cast<uint16_t>(r * 2048 + g * 64 + b * 2 + 1);
+  const Sums s = SumsOf(t, y, cb, cr);
+  return static_cast<uint16_t>(Clamp(s.r >> 10, 31) * 2048 + Clamp(s.g >> 10, 31) * 64 +
+                               Clamp(s.b >> 10, 31) * 2 + 1);
 }
 
 // Spread pixel: 6-bit red at bit 21, 6-bit green at bit 10, 5-bit blue at 0.
 inline uint64_t RefSpread(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
-  const int32_t l = t.y[y];
-  const uint64_t r = Clamp((l + t.RedTerm(cr)) >> 9, 63);
-  const uint64_t g = Clamp((l + t.GreenTerm(cb, cr)) >> 9, 63);
-  const uint64_t b = Clamp((l + t.BlueTerm(cb)) >> 10, 31);
-  return r << 21 | g << 10 | b;
+  const Sums s = SumsOf(t, y, cb, cr);
+  return uint64_t(Clamp(s.r >> 9, 63)) << 21 | uint64_t(Clamp(s.g >> 9, 63)) << 10 | Clamp(s.b >> 10, 31);
 }
 
 // Field values of a spread pixel.
@@ -182,7 +184,6 @@ class Canvas {
     pattern_ = expected_;
   }
   void Put16(int64_t off, uint16_t v) { Put(off, &v, 2); }
-  void Put32(int64_t off, uint32_t v) { Put(off, &v, 4); }
   void Put64(int64_t off, uint64_t v) { Put(off, &v, 8); }
   // Copies n bytes inside the expected picture, as a kernel's row copy does.
   void Copy(int64_t to, int64_t from, size_t n) {
@@ -198,9 +199,6 @@ class Canvas {
   // When nothing is to be written it still holds one byte, so that the kernel
   // gets a real pointer.
   std::vector<uint8_t> Target() const {
-    if (high_ >= 0) {
-      EXPECT_GE(low_, 0);
-    }
     return std::vector<uint8_t>(pattern_.begin(), pattern_.begin() + size());
   }
   // The kernel's buffer equals the expected bytes, written and untouched alike.
@@ -214,21 +212,16 @@ class Canvas {
     EXPECT_EQ(bad, 0u);
   }
   size_t size() const { return static_cast<size_t>(std::max<int64_t>(high_ + 1, 1)); }
-  int64_t high() const { return high_; }
-  int64_t low() const { return low_; }
-  const std::vector<uint8_t>& expected() const { return expected_; }
 
  private:
   void Put(int64_t off, const void* v, size_t n) {
     ASSERT_GE(off, 0);
     ASSERT_LE(static_cast<size_t>(off) + n, expected_.size());
     memcpy(&expected_[static_cast<size_t>(off)], v, n);
-    low_ = std::min(low_, off);
     high_ = std::max(high_, off + static_cast<int64_t>(n) - 1);
   }
   std::vector<uint8_t> expected_;
   std::vector<uint8_t> pattern_;
-  int64_t low_ = INT64_MAX;
   int64_t high_ = -1;
 };
 
