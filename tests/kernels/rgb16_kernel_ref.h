@@ -42,22 +42,15 @@ void ForEachBlockPixel(Picture& pic, int32_t w, int32_t h, Put put) {
   }
 }
 
-// RGB565, or RGB555 with colour key `key` when `rgb555`.
-inline void RenderPlain(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h, int64_t pitch,
-                        bool rgb555 = false, uint32_t key = 0) {
-  ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(y * pitch + 2 * x, rgb555 ? Ref555(t, yv, cb, cr, key) : Ref565(t, yv, cb, cr));
-  });
-}
-
-// Through the four cursors; steps used rounded down to whole pixels. Returns
-// the picture as well (w x h, source orientation).
-inline std::vector<uint16_t> RenderRot(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
-                                       const RecordOffsets& ro) {
+// Through the four cursors (unrotated rows: MakeOffsets(0, ...)); steps used
+// rounded down to whole pixels. RGB555 with colour key `key` when `rgb555`.
+// Returns the picture as well (w x h, source orientation).
+inline std::vector<uint16_t> RenderBlocks(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
+                                          const RecordOffsets& ro, bool rgb555 = false, uint32_t key = 0) {
   const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
   std::vector<uint16_t> grid(static_cast<size_t>(w) * h);
   ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    const uint16_t v = Ref565(t, yv, cb, cr);
+    const uint16_t v = rgb555 ? Ref555(t, yv, cb, cr, key) : Ref565(t, yv, cb, cr);
     cv.Put16(ro.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, v);
     if (x < w && y < h) grid[static_cast<size_t>(y) * w + x] = v;
   });
@@ -401,10 +394,9 @@ inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t,
   switch (k) {
     case Kernel::Plain:
     case Kernel::Rgb555:
-      RenderPlain(cv, t, pic, sw, sh, pitch, k == Kernel::Rgb555, key);
-      break;
+      return RenderBlocks(cv, t, pic, sw, sh, MakeOffsets(0, sw, sh, pitch), k == Kernel::Rgb555, key);
     case Kernel::Rot:
-      return RenderRot(cv, t, pic, sw, sh, ro);
+      return RenderBlocks(cv, t, pic, sw, sh, ro);
     case Kernel::Rsz:
       RenderRsz(cv, t, pic, sw, sh, dw, dh, pitch);
       break;

@@ -251,9 +251,7 @@ TEST(Rgb565Rot, StepsAreUsedRoundedDownToWholePixels) {
   Picture pic(4, 4, 0, 2);
   Canvas cv(200);
   const RecordOffsets odd = {9, 41, {0, 2, 20, 22}};  // steps used as 8 and 40
-  ForEachBlockPixel(pic, 4, 4, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    cv.Put16(odd.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * 8 + (y >> 1) * 40, Ref565(t, yv, cb, cr));
-  });
+  RenderBlocks(cv, t, pic, 4, 4, odd);
   pic.Cut();
   auto dst = cv.Target();
   ImgPrcRotationRecord ro = MakeRecord(odd, dst.data());
