@@ -10,6 +10,8 @@
 #include "imageproc/imgprc_context.h"
 #include "imageproc/oru_imageproc.h"
 
+// The creation record's fields a test varies, in the order tests list them:
+// CreateArgs{0x303} is RGB565 to RGB565 at 16 x 8.
 struct CreateArgs {
   uint32_t format = 0x000;
   uint32_t srcWidth = 16, srcHeight = 8, dstWidth = 16, dstHeight = 8;
@@ -86,7 +88,34 @@ inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t l
   pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
 }
 
+// Planes a picture of input or output code `code` has: planar YCbCr three,
+// NV12 two, packed and RGB one.
+inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
+
+// A picture for either side of format `code`, each plane 8 rows of 32 bytes:
+// enough for the 16 x 8 default instance in any layout.
+inline void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
+  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 32, 8, 32, static_cast<uint8_t>(seed + i));
+}
+
 inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
   ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
+}
+
+// What a row-by-row copy of rows x width bytes leaves in a plane that held
+// dstBefore: the copied bytes from src, every other byte as it was.
+inline std::vector<uint8_t> CopiedRows(const std::vector<uint8_t>& dstBefore, uint32_t dstStride,
+                                       const uint8_t* src, uint32_t srcStride, uint32_t width,
+                                       uint32_t rows) {
+  std::vector<uint8_t> want = dstBefore;
+  for (uint32_t y = 0; y < rows; ++y) {
+    for (uint32_t x = 0; x < width; ++x) want[y * dstStride + x] = src[y * srcStride + x];
+  }
+  return want;
+}
+
+inline uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
+  ImgPrcColorAdjust a = {b, c, s};
+  return ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, size);
 }
