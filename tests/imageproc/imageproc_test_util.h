@@ -21,19 +21,18 @@ struct CreateArgs {
 };
 
 inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
-  ImgPrcCreateParams p = {};
-  p.size = sizeof p;
-  p.format = a.format;
-  p.rotation = a.rotation;
-  p.resizeMode = a.resizeMode;
-  p.srcWidth = a.srcWidth;
-  p.srcHeight = a.srcHeight;
-  p.dstWidth = a.dstWidth;
-  p.dstHeight = a.dstHeight;
-  p.alpha = 0xFF;
-  p.colorMatrix = a.colorMatrix;
-  p.fullRange = a.fullRange;
-  return p;
+  return {sizeof(ImgPrcCreateParams),
+          a.format,
+          a.rotation,
+          a.resizeMode,
+          a.srcWidth,
+          a.srcHeight,
+          a.dstWidth,
+          a.dstHeight,
+          0xFF,
+          0,
+          a.colorMatrix,
+          a.fullRange};
 }
 
 // An instance destroyed at the end of the scope.

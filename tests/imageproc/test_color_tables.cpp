@@ -254,17 +254,14 @@ TEST(AdjustTables, MatchTheReferenceOverARangeOfSettings) {
 // video range, red and blue chroma terms undoubled, negative results read as
 // large unsigned values.
 uint32_t ReferenceKey(uint32_t key) {
-  const double ygain = Single(1.1644), rcr = Single(1.596), gcb = Single(-0.3918), gcr = Single(-0.813),
-               bcb = Single(2.0172);
+  static const RangeTables t = ReferenceRange(0, false, 128, 128, 128);
   const int y = (key >> 16) & 0xFF, cb = (key >> 8) & 0xFF, cr = key & 0xFF;
-  const long yy = RoundTruncClamp((y - 16) * ygain * 128, 0, 65535);
-  auto term = [](int c, double w) { return RoundTruncClamp((c - 128) * w * 64, -32768, 32767); };
   auto clampU = [](long v, uint32_t top) {
     return static_cast<uint32_t>(v) > top ? top : static_cast<uint32_t>(v);
   };
-  const uint32_t r = clampU((yy + term(cr, rcr)) >> 10, 31);
-  const uint32_t g = clampU((yy + 2 * (term(cb, gcb) + term(cr, gcr))) >> 9, 63);
-  const uint32_t b = clampU((yy + term(cb, bcb)) >> 10, 31);
+  const uint32_t r = clampU((t.y[y] + High(t.cr[cr])) >> 10, 31);
+  const uint32_t g = clampU((t.y[y] + 2 * (Low(t.cb[cb]) + Low(t.cr[cr]))) >> 9, 63);
+  const uint32_t b = clampU((t.y[y] + High(t.cb[cb])) >> 10, 31);
   return r << 11 | g << 5 | b;
 }
 
