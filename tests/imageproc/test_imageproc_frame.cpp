@@ -17,23 +17,18 @@ TEST(Frame, RecordAndHandleChecks) {
   Picture src, dst;
   MakePlanar(src, 16, 8, 16, 8, 8, 1);
   MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  ImgPrcFrameParams f = {13, 0, 0};
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(
-      ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, nullptr),
-      IMGPRC_E_INVALIDARG);
-  f.size = 12;
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(nullptr, src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), nullptr, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, nullptr, &f),
-            IMGPRC_E_INVALIDARG);
-  // A record of size 0 reads as all zero: a plain frame.
-  f.size = 0;
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_OK);
+  void* h = inst.handle();
+  auto frame = [&](void* handle, uint8_t** sp, uint32_t* dstStrides, uint32_t size, bool noRecord = false) {
+    ImgPrcFrameParams f = {size, 0, 0};
+    return ORU_IMAGEPROC_ProcessFrame(handle, sp, src.strides, dst.planes, dstStrides,
+                                      noRecord ? nullptr : &f);
+  };
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 13), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 12, true), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(nullptr, src.planes, dst.strides, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, nullptr, dst.strides, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, nullptr, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 0), IMGPRC_OK);  // size 0 reads as all zero: a plain frame
 }
 
 // Each plane a format has must come with an address and a stride; the planes it
