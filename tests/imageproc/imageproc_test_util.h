@@ -38,10 +38,9 @@ inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
 // An instance destroyed at the end of the scope.
 class Instance {
  public:
-  explicit Instance(const CreateArgs& a) {
-    ImgPrcCreateParams p = MakeParams(a);
-    result_ = ORU_IMAGEPROC_Create(&handle_, 0, &p);
-  }
+  explicit Instance(const CreateArgs& a) : Instance(MakeParams(a), 0) {}
+  // From a whole record, size included.
+  static Instance Of(const ImgPrcCreateParams& p) { return Instance(p, 0); }
   ~Instance() {
     if (handle_) ORU_IMAGEPROC_Destroy(handle_);
   }
@@ -53,6 +52,7 @@ class Instance {
   ImgPrcContext* ctx() const { return static_cast<ImgPrcContext*>(handle_); }
 
  private:
+  Instance(const ImgPrcCreateParams& p, int) { result_ = ORU_IMAGEPROC_Create(&handle_, 0, &p); }
   void* handle_ = nullptr;
   uint32_t result_ = 0;
 };

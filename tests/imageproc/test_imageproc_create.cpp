@@ -38,49 +38,42 @@ TEST(Create, RecordSizeRules) {
   ImgPrcCreateParams p = MakeParams({});
   p.colorMatrix = 2;
   p.fullRange = 1;
-  void* handle = nullptr;
   p.size = 49;
-  EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(handle, nullptr);
-
+  EXPECT_EQ(Instance::Of(p).result(), IMGPRC_E_INVALIDARG);
   p.size = 48;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  const ImgPrcContext* ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->matrixIndex, 2u);
-  EXPECT_EQ(ctx->fullRange, 1u);
-  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef + 2 * 48 + 12);
-  ORU_IMAGEPROC_Destroy(handle);
-
+  {
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->matrixIndex, 2u);
+    EXPECT_EQ(inst.ctx()->fullRange, 1u);
+    EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + 2 * 48 + 12);
+  }
   // 40 bytes stop before colorMatrix and fullRange: BT.601, video range.
-  handle = nullptr;
   p.size = 40;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->matrixIndex, 0u);
-  EXPECT_EQ(ctx->fullRange, 0u);
-  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef);
-  EXPECT_EQ(ctx->rangeTableY[235], 32640);
-  ORU_IMAGEPROC_Destroy(handle);
-
+  {
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->matrixIndex, 0u);
+    EXPECT_EQ(inst.ctx()->fullRange, 0u);
+    EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef);
+    EXPECT_EQ(inst.ctx()->rangeTableY[235], 32640);
+  }
   // 20 bytes: format, rotation, resize method and the source width; the rest is 0.
-  handle = nullptr;
   p.size = 20;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->srcWidth, 16u);
-  EXPECT_EQ(ctx->srcHeight, 0u);
-  EXPECT_EQ(ctx->dstWidth, 0u);
-  EXPECT_EQ(ctx->alpha, 0u);
+  Instance inst = Instance::Of(p);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ((std::vector<uint32_t>{ctx->srcWidth, ctx->srcHeight, ctx->dstWidth, ctx->alpha}),
+            (std::vector<uint32_t>{16, 0, 0, 0}));
   EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
-  ORU_IMAGEPROC_Destroy(handle);
 }
 
 // Work sizes are all four sizes rounded down to even.
 TEST(Create, StoresTheRecordAndStartsNeutral) {
-  ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
-  void* handle = nullptr;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  const ImgPrcContext* c = static_cast<const ImgPrcContext*>(handle);
+  const ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
+  Instance inst = Instance::Of(p);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* c = inst.ctx();
   EXPECT_EQ((std::vector<uint32_t>{c->format, c->rotation, c->resizeMode, c->srcWidth, c->srcHeight,
                                    c->dstWidth, c->dstHeight, c->alpha, c->colorKey, c->matrixIndex}),
             (std::vector<uint32_t>{0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1}));
@@ -95,7 +88,6 @@ TEST(Create, StoresTheRecordAndStartsNeutral) {
   EXPECT_EQ(c->spareBuffer, nullptr);
   ASSERT_NE(c->rotationRecord, nullptr);
   EXPECT_EQ(c->rotationRecordSize, 80u);
-  ORU_IMAGEPROC_Destroy(handle);
 }
 
 // The key is kept as given by every conversion, RGB555 included (no translation).
@@ -106,10 +98,9 @@ TEST(Create, AcceptsEveryListedConversion) {
   for (uint32_t code : accepted) {
     ImgPrcCreateParams p = MakeParams({code});
     p.colorKey = 0x00108080;
-    void* handle = nullptr;
-    ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK) << std::hex << code;
-    EXPECT_EQ(static_cast<ImgPrcContext*>(handle)->colorKey, 0x00108080u) << std::hex << code;
-    ORU_IMAGEPROC_Destroy(handle);
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK) << std::hex << code;
+    EXPECT_EQ(inst.ctx()->colorKey, 0x00108080u) << std::hex << code;
   }
 }
 
