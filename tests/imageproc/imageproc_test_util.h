@@ -10,6 +10,8 @@
 #include "imageproc/imgprc_context.h"
 #include "imageproc/oru_imageproc.h"
 
+// The creation record's fields a test varies, in the order tests list them:
+// CreateArgs{0x303} is RGB565 to RGB565 at 16 x 8.
 struct CreateArgs {
   uint32_t format = 0x000;
   uint32_t srcWidth = 16, srcHeight = 8, dstWidth = 16, dstHeight = 8;
@@ -19,28 +21,26 @@ struct CreateArgs {
 };
 
 inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
-  ImgPrcCreateParams p = {};
-  p.size = sizeof p;
-  p.format = a.format;
-  p.rotation = a.rotation;
-  p.resizeMode = a.resizeMode;
-  p.srcWidth = a.srcWidth;
-  p.srcHeight = a.srcHeight;
-  p.dstWidth = a.dstWidth;
-  p.dstHeight = a.dstHeight;
-  p.alpha = 0xFF;
-  p.colorMatrix = a.colorMatrix;
-  p.fullRange = a.fullRange;
-  return p;
+  return {sizeof(ImgPrcCreateParams),
+          a.format,
+          a.rotation,
+          a.resizeMode,
+          a.srcWidth,
+          a.srcHeight,
+          a.dstWidth,
+          a.dstHeight,
+          0xFF,
+          0,
+          a.colorMatrix,
+          a.fullRange};
 }
 
 // An instance destroyed at the end of the scope.
 class Instance {
  public:
-  explicit Instance(const CreateArgs& a) {
-    ImgPrcCreateParams p = MakeParams(a);
-    result_ = ORU_IMAGEPROC_Create(&handle_, 0, &p);
-  }
+  explicit Instance(const CreateArgs& a) : Instance(MakeParams(a), 0) {}
+  // From a whole record, size included.
+  static Instance Of(const ImgPrcCreateParams& p) { return Instance(p, 0); }
   ~Instance() {
     if (handle_) ORU_IMAGEPROC_Destroy(handle_);
   }
@@ -52,6 +52,7 @@ class Instance {
   ImgPrcContext* ctx() const { return static_cast<ImgPrcContext*>(handle_); }
 
  private:
+  Instance(const ImgPrcCreateParams& p, int) { result_ = ORU_IMAGEPROC_Create(&handle_, 0, &p); }
   void* handle_ = nullptr;
   uint32_t result_ = 0;
 };
@@ -86,7 +87,34 @@ inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t l
   pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
 }
 
+// Planes a picture of input or output code `code` has: planar YCbCr three,
+// NV12 two, packed and RGB one.
+inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
+
+// A picture for either side of format `code`, each plane 8 rows of 32 bytes:
+// enough for the 16 x 8 default instance in any layout.
+inline void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
+  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 32, 8, 32, static_cast<uint8_t>(seed + i));
+}
+
 inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
   ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
+}
+
+// What a row-by-row copy of rows x width bytes leaves in a plane that held
+// dstBefore: the copied bytes from src, every other byte as it was.
+inline std::vector<uint8_t> CopiedRows(const std::vector<uint8_t>& dstBefore, uint32_t dstStride,
+                                       const uint8_t* src, uint32_t srcStride, uint32_t width,
+                                       uint32_t rows) {
+  std::vector<uint8_t> want = dstBefore;
+  for (uint32_t y = 0; y < rows; ++y) {
+    for (uint32_t x = 0; x < width; ++x) want[y * dstStride + x] = src[y * srcStride + x];
+  }
+  return want;
+}
+
+inline uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
+  ImgPrcColorAdjust a = {b, c, s};
+  return ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, size);
 }

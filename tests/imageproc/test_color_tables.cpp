@@ -77,21 +77,19 @@ RangeTables ReferenceRange(int matrix, bool full, int b, int c, int s) {
   return t;
 }
 
-void ExpectTables(const ImgPrcContext* ctx, const RangeTables& want, const char* what) {
+void ExpectTables(const uint16_t* y, const int64_t* cb, const int64_t* cr, const RangeTables& want) {
   for (int i = 0; i < 256; ++i) {
-    ASSERT_EQ(ctx->rangeTableY[i], want.y[i]) << what << " Y entry " << i;
-    ASSERT_EQ(ctx->rangeTableCb[i], want.cb[i]) << what << " Cb entry " << i;
-    ASSERT_EQ(ctx->rangeTableCr[i], want.cr[i]) << what << " Cr entry " << i;
+    ASSERT_EQ(y[i], want.y[i]) << "Y entry " << i;
+    ASSERT_EQ(cb[i], want.cb[i]) << "Cb entry " << i;
+    ASSERT_EQ(cr[i], want.cr[i]) << "Cr entry " << i;
   }
+}
+void ExpectTables(const ImgPrcContext* ctx, const RangeTables& want) {
+  ExpectTables(ctx->rangeTableY, ctx->rangeTableCb, ctx->rangeTableCr, want);
 }
 
 int16_t High(int64_t entry) { return static_cast<int16_t>(static_cast<uint32_t>(entry) >> 16); }
 int16_t Low(int64_t entry) { return static_cast<int16_t>(entry & 0xFFFF); }
-
-void SetAdjust(const Instance& inst, int b, int c, int s) {
-  ImgPrcColorAdjust a = {b, c, s};
-  ASSERT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, sizeof a), IMGPRC_OK);
-}
 
 // ---- csc_coef and matrix selection --------------------------------------------
 
@@ -100,26 +98,19 @@ TEST(CscCoef, EveryValueIsTheListedValueInSinglePrecision) {
   EXPECT_EQ(csc_coef[0], 1.1643999814987183);
 }
 
+// An out-of-range matrix selects BT.601, an out-of-range range video range.
 TEST(UpdateColorMatrix, PointsAtTheBlocksOfMatrixAndRange) {
-  for (uint32_t m = 0; m < 4; ++m) {
-    for (uint32_t r = 0; r < 2; ++r) {
+  for (uint32_t m = 0; m < 5; ++m) {
+    for (uint32_t r = 0; r < 3; ++r) {
       ImgPrcContext ctx = {};
+      const uint32_t wantM = m < 4 ? m : 0, wantR = r < 2 ? r : 0;
       EXPECT_EQ(UpdateColorMatrix(&ctx, m, r), 0);
-      EXPECT_EQ(ctx.matrixIndex, m);
-      EXPECT_EQ(ctx.fullRange, r);
-      EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef + m * 48 + r * 12);
-      EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + m * 48 + r * 12 + 24);
+      EXPECT_EQ(ctx.matrixIndex, wantM);
+      EXPECT_EQ(ctx.fullRange, wantR);
+      EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef + wantM * 48 + wantR * 12);
+      EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24);
     }
   }
-}
-
-TEST(UpdateColorMatrix, OutOfRangeValuesSelectBt601VideoRange) {
-  ImgPrcContext ctx = {};
-  EXPECT_EQ(UpdateColorMatrix(&ctx, 4, 2), 0);
-  EXPECT_EQ(ctx.matrixIndex, 0u);
-  EXPECT_EQ(ctx.fullRange, 0u);
-  EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef);
-  EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + 24);
 }
 
 // ---- range tables -------------------------------------------------------------
@@ -142,9 +133,7 @@ TEST(RangeTables, NeutralBt601VideoRangeWorkedValues) {
 }
 
 TEST(RangeTables, NeutralFullRangeIndexesRawChroma) {
-  CreateArgs a;
-  a.fullRange = 1;
-  Instance inst(a);
+  Instance inst({0x000, 16, 8, 16, 8, 0, 1, 0, 1});
   ASSERT_EQ(inst.result(), IMGPRC_OK);
   const ImgPrcContext* ctx = inst.ctx();
   EXPECT_EQ(ctx->rangeTableCr[0], 0);
@@ -156,38 +145,23 @@ TEST(RangeTables, NeutralFullRangeIndexesRawChroma) {
   for (int i = 1; i < 256; ++i) EXPECT_GT(High(ctx->rangeTableCr[i]), High(ctx->rangeTableCr[i - 1]));
 }
 
+// Neutral first: setting it on a fresh instance leaves the tables creation built.
 TEST(RangeTables, EveryMatrixAndRangeMatchesTheReference) {
-  for (uint32_t m = 0; m < 4; ++m) {
-    for (uint32_t r = 0; r < 2; ++r) {
-      CreateArgs a;
-      a.colorMatrix = m;
-      a.fullRange = r;
-      Instance inst(a);
-      ASSERT_EQ(inst.result(), IMGPRC_OK);
-      SCOPED_TRACE(testing::Message() << "matrix " << m << " range " << r);
-      ExpectTables(inst.ctx(), ReferenceRange(m, r == 1, 128, 128, 128), "neutral");
-    }
-  }
-}
-
-TEST(RangeTables, AdjustmentCornersMatchTheReference) {
   struct Case {
     int b, c, s;
   };
-  const Case cases[] = {{-5, 128, 128}, {300, 128, 128}, {128, 255, 128}, {128, 256, 128}, {128, -3, 128},
-                        {128, 128, 0},  {128, 128, 300}, {128, 128, -1},  {150, 200, 60},  {90, 64, 255}};
+  const Case cases[] = {{128, 128, 128}, {-5, 128, 128}, {300, 128, 128}, {128, 255, 128},
+                        {128, 256, 128}, {128, -3, 128}, {128, 128, 0},   {128, 128, 300},
+                        {128, 128, -1},  {150, 200, 60}, {90, 64, 255}};
   for (uint32_t m = 0; m < 4; ++m) {
     for (uint32_t r = 0; r < 2; ++r) {
-      CreateArgs a;
-      a.colorMatrix = m;
-      a.fullRange = r;
-      Instance inst(a);
+      Instance inst({0x000, 16, 8, 16, 8, 0, 1, m, r});
       ASSERT_EQ(inst.result(), IMGPRC_OK);
       for (const Case& k : cases) {
         SCOPED_TRACE(testing::Message()
                      << "matrix " << m << " range " << r << " adjust " << k.b << ", " << k.c << ", " << k.s);
-        SetAdjust(inst, k.b, k.c, k.s);
-        ExpectTables(inst.ctx(), ReferenceRange(m, r == 1, k.b, k.c, k.s), "adjusted");
+        ASSERT_EQ(SetAdjust(inst, k.b, k.c, k.s), IMGPRC_OK);
+        ExpectTables(inst.ctx(), ReferenceRange(m, r == 1, k.b, k.c, k.s));
       }
     }
   }
@@ -195,10 +169,10 @@ TEST(RangeTables, AdjustmentCornersMatchTheReference) {
 
 TEST(RangeTables, BrightnessOffsetClampsTo255) {
   Instance inst({});
-  SetAdjust(inst, 300, 128, 128);                 // 2 x 172 = 344, clamped to 255
-  EXPECT_EQ(inst.ctx()->rangeTableY[16], 38006);  // 255 x 1.1644 x 128, +0.5, truncated
-  SetAdjust(inst, -5, 128, 128);                  // -266, clamped to -255
-  EXPECT_EQ(inst.ctx()->rangeTableY[255], 0);     // (239 - 255) x gain < 0
+  ASSERT_EQ(SetAdjust(inst, 300, 128, 128), IMGPRC_OK);  // 2 x 172 = 344, clamped to 255
+  EXPECT_EQ(inst.ctx()->rangeTableY[16], 38006);         // 255 x 1.1644 x 128, +0.5, truncated
+  ASSERT_EQ(SetAdjust(inst, -5, 128, 128), IMGPRC_OK);   // -266, clamped to -255
+  EXPECT_EQ(inst.ctx()->rangeTableY[255], 0);            // (239 - 255) x gain < 0
   EXPECT_EQ(inst.ctx()->rangeTableY[16], 0);
 }
 
@@ -206,11 +180,9 @@ TEST(RangeTables, BuildersCanBeCalledDirectly) {
   uint16_t y[256];
   int64_t cb[256], cr[256];
   EXPECT_EQ(set_transtable(csc_coef + 48, y, cb, cr, 128, 128, 128), 0);
-  RangeTables want = ReferenceRange(1, false, 128, 128, 128);
-  for (int i = 0; i < 256; ++i) ASSERT_TRUE(y[i] == want.y[i] && cb[i] == want.cb[i] && cr[i] == want.cr[i]);
+  ExpectTables(y, cb, cr, ReferenceRange(1, false, 128, 128, 128));
   EXPECT_EQ(set_transtable_fullrange(csc_coef + 96 + 12, y, cb, cr, 140, 100, 180), 0);
-  want = ReferenceRange(2, true, 140, 100, 180);
-  for (int i = 0; i < 256; ++i) ASSERT_TRUE(y[i] == want.y[i] && cb[i] == want.cb[i] && cr[i] == want.cr[i]);
+  ExpectTables(y, cb, cr, ReferenceRange(2, true, 140, 100, 180));
 }
 
 // ---- YCbCr adjustment tables ----------------------------------------------------
@@ -233,21 +205,21 @@ void ReferenceAdjust(int b, int c, int s, uint8_t luma[256], uint8_t chroma[256]
 TEST(AdjustTables, CornersWorkedByHand) {
   Instance inst({});
   const ImgPrcContext* ctx = inst.ctx();
-  SetAdjust(inst, 300, 128, 128);  // offset 254, slope 128
+  ASSERT_EQ(SetAdjust(inst, 300, 128, 128), IMGPRC_OK);  // offset 254, slope 128
   EXPECT_EQ(ctx->lumaAdjustTable[0], 254);
   EXPECT_EQ(ctx->lumaAdjustTable[1], 255);
   EXPECT_EQ(ctx->lumaAdjustTable[200], 255);
-  SetAdjust(inst, -5, 128, 128);  // offset -256: everything clamps to 0
+  ASSERT_EQ(SetAdjust(inst, -5, 128, 128), IMGPRC_OK);  // offset -256: everything clamps to 0
   for (int i = 0; i < 256; ++i) ASSERT_EQ(ctx->lumaAdjustTable[i], 0) << i;
-  SetAdjust(inst, 128, 255, 128);            // slope 128 + (127^2 x 3 >> 7) = 506
-  EXPECT_EQ(ctx->lumaAdjustTable[32], 126);  // 32 x 506 >> 7
+  ASSERT_EQ(SetAdjust(inst, 128, 255, 128), IMGPRC_OK);  // slope 128 + (127^2 x 3 >> 7) = 506
+  EXPECT_EQ(ctx->lumaAdjustTable[32], 126);              // 32 x 506 >> 7
   EXPECT_EQ(ctx->lumaAdjustTable[33], 130);
   EXPECT_EQ(ctx->lumaAdjustTable[65], 255);
-  SetAdjust(inst, 128, 256, 128);  // also 506
+  ASSERT_EQ(SetAdjust(inst, 128, 256, 128), IMGPRC_OK);  // also 506
   EXPECT_EQ(ctx->lumaAdjustTable[33], 130);
-  SetAdjust(inst, 128, 128, 0);  // no chroma at all
+  ASSERT_EQ(SetAdjust(inst, 128, 128, 0), IMGPRC_OK);  // no chroma at all
   for (int i = 0; i < 256; ++i) ASSERT_EQ(ctx->chromaAdjustTable[i], 128) << i;
-  SetAdjust(inst, 128, 128, 300);  // factor 7.890625
+  ASSERT_EQ(SetAdjust(inst, 128, 128, 300), IMGPRC_OK);  // factor 7.890625
   EXPECT_EQ(ctx->chromaAdjustTable[128], 128);
   EXPECT_EQ(ctx->chromaAdjustTable[129], 135);  // 135.89 truncated
   EXPECT_EQ(ctx->chromaAdjustTable[127], 120);  // 120.11
@@ -263,7 +235,7 @@ TEST(AdjustTables, MatchTheReferenceOverARangeOfSettings) {
     for (int c : values) {
       for (int s : values) {
         if (b == 128 && c == 128 && s == 128) continue;
-        SetAdjust(inst, b, c, s);
+        ASSERT_EQ(SetAdjust(inst, b, c, s), IMGPRC_OK);
         uint8_t luma[256], chroma[256];
         ReferenceAdjust(b, c, s, luma, chroma);
         for (int i = 0; i < 256; ++i) {
@@ -282,17 +254,14 @@ TEST(AdjustTables, MatchTheReferenceOverARangeOfSettings) {
 // video range, red and blue chroma terms undoubled, negative results read as
 // large unsigned values.
 uint32_t ReferenceKey(uint32_t key) {
-  const double ygain = Single(1.1644), rcr = Single(1.596), gcb = Single(-0.3918), gcr = Single(-0.813),
-               bcb = Single(2.0172);
+  static const RangeTables t = ReferenceRange(0, false, 128, 128, 128);
   const int y = (key >> 16) & 0xFF, cb = (key >> 8) & 0xFF, cr = key & 0xFF;
-  const long yy = RoundTruncClamp((y - 16) * ygain * 128, 0, 65535);
-  auto term = [](int c, double w) { return RoundTruncClamp((c - 128) * w * 64, -32768, 32767); };
   auto clampU = [](long v, uint32_t top) {
     return static_cast<uint32_t>(v) > top ? top : static_cast<uint32_t>(v);
   };
-  const uint32_t r = clampU((yy + term(cr, rcr)) >> 10, 31);
-  const uint32_t g = clampU((yy + 2 * (term(cb, gcb) + term(cr, gcr))) >> 9, 63);
-  const uint32_t b = clampU((yy + term(cb, bcb)) >> 10, 31);
+  const uint32_t r = clampU((t.y[y] + High(t.cr[cr])) >> 10, 31);
+  const uint32_t g = clampU((t.y[y] + 2 * (Low(t.cb[cb]) + Low(t.cr[cr]))) >> 9, 63);
+  const uint32_t b = clampU((t.y[y] + High(t.cb[cb])) >> 10, 31);
   return r << 11 | g << 5 | b;
 }
 

@@ -5,6 +5,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <vector>
+
 #include "imageproc/color_tables.h"
 #include "imageproc/imgprc_alloc.h"
 #include "imageproc/pipeline.h"
@@ -16,9 +18,7 @@ TEST(InterfaceId, HoldsTheTwentyFourBytes) {
   ASSERT_EQ(sizeof IID_ORU_IMAGEPROC_C, 24u);
   const uint8_t want[24] = {0xC8, 0x2B, 0xA1, 0x17, 0x00, 0x00, 0x00, 0x00, 0x53, 0xDF, 0xC7, 0x4A,
                             0xBA, 0xCF, 0xE8, 0x54, 0x74, 0x24, 0x27, 0xAE, 0x00, 0x00, 0x00, 0x00};
-  uint8_t got[24];
-  memcpy(got, &IID_ORU_IMAGEPROC_C, sizeof got);
-  for (int i = 0; i < 24; ++i) EXPECT_EQ(got[i], want[i]) << "byte " << i;
+  EXPECT_EQ(memcmp(&IID_ORU_IMAGEPROC_C, want, 24), 0);
 }
 
 TEST(Create, OutHandleMustHoldNull) {
@@ -38,95 +38,69 @@ TEST(Create, RecordSizeRules) {
   ImgPrcCreateParams p = MakeParams({});
   p.colorMatrix = 2;
   p.fullRange = 1;
-  void* handle = nullptr;
   p.size = 49;
-  EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(handle, nullptr);
-
+  EXPECT_EQ(Instance::Of(p).result(), IMGPRC_E_INVALIDARG);
   p.size = 48;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  const ImgPrcContext* ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->matrixIndex, 2u);
-  EXPECT_EQ(ctx->fullRange, 1u);
-  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef + 2 * 48 + 12);
-  ORU_IMAGEPROC_Destroy(handle);
-
+  {
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->matrixIndex, 2u);
+    EXPECT_EQ(inst.ctx()->fullRange, 1u);
+    EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + 2 * 48 + 12);
+  }
   // 40 bytes stop before colorMatrix and fullRange: BT.601, video range.
-  handle = nullptr;
   p.size = 40;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->matrixIndex, 0u);
-  EXPECT_EQ(ctx->fullRange, 0u);
-  EXPECT_EQ(ctx->yuvToRgbCoef, csc_coef);
-  EXPECT_EQ(ctx->rangeTableY[235], 32640);
-  ORU_IMAGEPROC_Destroy(handle);
-
+  {
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    EXPECT_EQ(inst.ctx()->matrixIndex, 0u);
+    EXPECT_EQ(inst.ctx()->fullRange, 0u);
+    EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef);
+    EXPECT_EQ(inst.ctx()->rangeTableY[235], 32640);
+  }
   // 20 bytes: format, rotation, resize method and the source width; the rest is 0.
-  handle = nullptr;
   p.size = 20;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->srcWidth, 16u);
-  EXPECT_EQ(ctx->srcHeight, 0u);
-  EXPECT_EQ(ctx->dstWidth, 0u);
-  EXPECT_EQ(ctx->alpha, 0u);
+  Instance inst = Instance::Of(p);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* ctx = inst.ctx();
+  EXPECT_EQ((std::vector<uint32_t>{ctx->srcWidth, ctx->srcHeight, ctx->dstWidth, ctx->alpha}),
+            (std::vector<uint32_t>{16, 0, 0, 0}));
   EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
-  ORU_IMAGEPROC_Destroy(handle);
 }
 
+// Work sizes are all four sizes rounded down to even.
 TEST(Create, StoresTheRecordAndStartsNeutral) {
-  ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 64, 40, 0x1280, 0x00EB8080, 1, 0};
-  void* handle = nullptr;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  const ImgPrcContext* ctx = static_cast<const ImgPrcContext*>(handle);
-  EXPECT_EQ(ctx->format, 0x000u);
-  EXPECT_EQ(ctx->rotation, 4u);
-  EXPECT_EQ(ctx->resizeMode, 3u);
-  EXPECT_EQ(ctx->srcWidth, 33u);
-  EXPECT_EQ(ctx->srcHeight, 21u);
-  EXPECT_EQ(ctx->dstWidth, 64u);
-  EXPECT_EQ(ctx->dstHeight, 40u);
-  EXPECT_EQ(ctx->workSrcWidth, 32u);
-  EXPECT_EQ(ctx->workSrcHeight, 20u);
-  EXPECT_EQ(ctx->workDstWidth, 64u);
-  EXPECT_EQ(ctx->workDstHeight, 40u);
-  EXPECT_EQ(ctx->alpha, 0x1280u);
-  EXPECT_EQ(ctx->colorKey, 0x00EB8080u);
-  EXPECT_EQ(ctx->matrixIndex, 1u);
-  EXPECT_EQ(ctx->brightness, 128);
-  EXPECT_EQ(ctx->contrast, 128);
-  EXPECT_EQ(ctx->saturation, 128);
-  EXPECT_EQ(ctx->adjustActive, 0u);
-  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
-  EXPECT_EQ(ctx->lumaAdjustTable, nullptr);
-  EXPECT_EQ(ctx->chromaAdjustTable, nullptr);
-  EXPECT_EQ(ctx->deinterlaceMode, 0u);
-  EXPECT_EQ(ctx->spareBuffer, nullptr);
-  ASSERT_NE(ctx->rotationRecord, nullptr);
-  EXPECT_EQ(ctx->rotationRecordSize, 80u);
-  ORU_IMAGEPROC_Destroy(handle);
+  const ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
+  Instance inst = Instance::Of(p);
+  ASSERT_EQ(inst.result(), IMGPRC_OK);
+  const ImgPrcContext* c = inst.ctx();
+  EXPECT_EQ((std::vector<uint32_t>{c->format, c->rotation, c->resizeMode, c->srcWidth, c->srcHeight,
+                                   c->dstWidth, c->dstHeight, c->alpha, c->colorKey, c->matrixIndex}),
+            (std::vector<uint32_t>{0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1}));
+  EXPECT_EQ((std::vector<uint32_t>{c->workSrcWidth, c->workSrcHeight, c->workDstWidth, c->workDstHeight}),
+            (std::vector<uint32_t>{32, 20, 64, 40}));
+  EXPECT_EQ((std::vector<int>{c->brightness, c->contrast, c->saturation}), (std::vector<int>{128, 128, 128}));
+  EXPECT_EQ(c->adjustActive, 0u);
+  EXPECT_EQ(c->deinterlaceMode, 0u);
+  EXPECT_EQ(c->adjustTableBlock, nullptr);
+  EXPECT_EQ(c->lumaAdjustTable, nullptr);
+  EXPECT_EQ(c->chromaAdjustTable, nullptr);
+  EXPECT_EQ(c->spareBuffer, nullptr);
+  ASSERT_NE(c->rotationRecord, nullptr);
+  EXPECT_EQ(c->rotationRecordSize, 80u);
 }
 
-TEST(Create, KeyOfTheRgb555ConversionIsKeptAsGiven) {
-  ImgPrcCreateParams p = MakeParams({});
-  p.format = 0x00A;
-  p.colorKey = 0x00108080;
-  void* handle = nullptr;
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  EXPECT_EQ(static_cast<ImgPrcContext*>(handle)->colorKey, 0x00108080u);
-  ORU_IMAGEPROC_Destroy(handle);
-}
-
+// The key is kept as given by every conversion, RGB555 included (no translation).
 TEST(Create, AcceptsEveryListedConversion) {
   const uint32_t accepted[] = {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009,
                                0x00A, 0x103, 0x105, 0x109, 0x203, 0x204, 0x205, 0x209,
                                0x300, 0x303, 0x305, 0x403, 0x404, 0x500, 0x800, 0x900};
   for (uint32_t code : accepted) {
-    CreateArgs a;
-    a.format = code;
-    Instance inst(a);
-    EXPECT_EQ(inst.result(), IMGPRC_OK) << std::hex << code;
+    ImgPrcCreateParams p = MakeParams({code});
+    p.colorKey = 0x00108080;
+    Instance inst = Instance::Of(p);
+    ASSERT_EQ(inst.result(), IMGPRC_OK) << std::hex << code;
+    EXPECT_EQ(inst.ctx()->colorKey, 0x00108080u) << std::hex << code;
   }
 }
 
@@ -135,33 +109,19 @@ TEST(Create, RefusesOtherConversionsAndRotations) {
                               0x200, 0x206, 0x301, 0x304, 0x400, 0x405, 0x501,   0x505,
                               0x600, 0x700, 0x803, 0x808, 0x901, 0xA00, 0x10000, 0xFFFFFFFF};
   for (uint32_t code : refused) {
-    CreateArgs a;
-    a.format = code;
-    Instance inst(a);
+    Instance inst({code});
     EXPECT_EQ(inst.result(), IMGPRC_E_FAIL) << std::hex << code;
     EXPECT_EQ(inst.handle(), nullptr);
   }
   for (uint32_t rotation = 0; rotation < 9; ++rotation) {
-    CreateArgs a;
-    a.rotation = rotation;
-    Instance inst(a);
-    EXPECT_EQ(inst.result(), rotation <= 5 ? IMGPRC_OK : IMGPRC_E_FAIL) << rotation;
+    EXPECT_EQ(Instance({0x000, 16, 8, 16, 8, rotation}).result(), rotation <= 5 ? IMGPRC_OK : IMGPRC_E_FAIL)
+        << rotation;
   }
   // RGB555 takes no rotation; 4:2:2 to RGB565 takes one (and ignores it per frame).
-  for (uint32_t rotation : {1u, 3u, 6u}) {
-    CreateArgs a;
-    a.format = 0x00A;
-    a.rotation = rotation;
-    EXPECT_EQ(Instance(a).result(), IMGPRC_E_FAIL) << rotation;
-  }
-  CreateArgs a;
-  a.format = 0x103;
-  a.rotation = 2;
-  EXPECT_EQ(Instance(a).result(), IMGPRC_OK);
-  a.format = 0x00A;
-  a.rotation = 0;
-  a.dstWidth = 64;
-  EXPECT_EQ(Instance(a).result(), IMGPRC_OK);  // resized RGB555 is accepted
+  for (uint32_t rotation : {1u, 3u, 6u})
+    EXPECT_EQ(Instance({0x00A, 16, 8, 16, 8, rotation}).result(), IMGPRC_E_FAIL);
+  EXPECT_EQ(Instance({0x103, 16, 8, 16, 8, 2}).result(), IMGPRC_OK);
+  EXPECT_EQ(Instance({0x00A, 16, 8, 64, 8}).result(), IMGPRC_OK);  // resized RGB555 is accepted
 }
 
 struct ResizeCase {
@@ -189,33 +149,11 @@ TEST(Create, ClassifiesTheResize) {
       {178, 144, 356, 288, 1, 0, 2},  // 2 x 2, but 178 is not a multiple of 4
   };
   for (const ResizeCase& c : cases) {
-    CreateArgs a;
-    a.srcWidth = c.sw;
-    a.srcHeight = c.sh;
-    a.dstWidth = c.dw;
-    a.dstHeight = c.dh;
-    a.resizeMode = c.mode;
-    a.rotation = c.rotation;
-    Instance inst(a);
+    Instance inst({0x000, c.sw, c.sh, c.dw, c.dh, c.rotation, c.mode});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     EXPECT_EQ(inst.ctx()->resizeCase, c.want) << c.sw << "x" << c.sh << " to " << c.dw << "x" << c.dh
                                               << " method " << c.mode << " rotation " << c.rotation;
   }
-}
-
-TEST(Create, WorkSizesRoundAllFourDownToEven) {
-  CreateArgs a;
-  a.srcWidth = 322;
-  a.srcHeight = 240;
-  a.dstWidth = 483;
-  a.dstHeight = 361;
-  Instance inst(a);
-  ASSERT_EQ(inst.result(), IMGPRC_OK);
-  EXPECT_EQ(inst.ctx()->workSrcWidth, 322u);
-  EXPECT_EQ(inst.ctx()->workSrcHeight, 240u);
-  EXPECT_EQ(inst.ctx()->workDstWidth, 482u);
-  EXPECT_EQ(inst.ctx()->workDstHeight, 360u);
-  EXPECT_EQ(inst.ctx()->dstWidth, 483u);
 }
 
 TEST(Create, LineBuffersSizedForTheWiderWidth) {
@@ -229,13 +167,7 @@ TEST(Create, LineBuffersSizedForTheWiderWidth) {
       {300, 150, 3, (300 + 4) * 8},
   };
   for (const Case& c : cases) {
-    CreateArgs a;
-    a.srcWidth = c.sw;
-    a.dstWidth = c.dw;
-    a.srcHeight = c.sw / 2;
-    a.dstHeight = c.dw / 2;
-    a.resizeMode = c.mode;
-    Instance inst(a);
+    Instance inst({0x000, c.sw, c.sw / 2, c.dw, c.dw / 2, 0, c.mode});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     const ImgPrcContext* ctx = inst.ctx();
     ASSERT_NE(ctx->lineBufferBlock, nullptr);
@@ -252,12 +184,7 @@ TEST(Create, LineBuffersSizedForTheWiderWidth) {
 }
 
 TEST(Create, DeinterlaceAreaAndRangeTablesLaidOut) {
-  CreateArgs a;
-  a.srcWidth = 37;  // aligned to 48
-  a.srcHeight = 10;
-  a.dstWidth = 37;
-  a.dstHeight = 10;
-  Instance inst(a);
+  Instance inst({0x000, 37, 10, 37, 10});  // stride aligned to 48
   ASSERT_EQ(inst.result(), IMGPRC_OK);
   const ImgPrcContext* ctx = inst.ctx();
   EXPECT_EQ(ctx->deintStride, 48u);
@@ -278,11 +205,7 @@ TEST(Create, RgbToYCbCrConversionsTakeTheirKernelFromTheTable) {
   const uint32_t codes[] = {0x300, 0x500, 0x900};
   for (uint32_t kind = 0; kind < 3; ++kind) {
     for (uint32_t m = 0; m < 4; ++m) {
-      CreateArgs a;
-      a.format = codes[kind];
-      a.colorMatrix = m;
-      a.fullRange = m % 2;
-      Instance inst(a);
+      Instance inst({codes[kind], 16, 8, 16, 8, 0, 1, m, m % 2});
       ASSERT_EQ(inst.result(), IMGPRC_OK);
       EXPECT_EQ(inst.ctx()->rgbToYuvKernel, GetPFN_rgb2yuv(kind, m, m % 2));
     }
@@ -327,21 +250,16 @@ TEST(Create, EveryAllocationFailureCleansUp) {
 }
 
 TEST(Create, ImpossibleSizesFailAsOutOfMemory) {
-  CreateArgs a;
-  a.srcWidth = a.dstWidth = 0xFFFFFFF0u;
-  a.srcHeight = a.dstHeight = 0xFFFFFFF0u;
   const long live = ImgPrcLiveBlockCount();
-  Instance inst(a);
+  Instance inst({0x000, 0xFFFFFFF0u, 0xFFFFFFF0u, 0xFFFFFFF0u, 0xFFFFFFF0u});
   EXPECT_EQ(inst.result(), IMGPRC_E_OUTOFMEMORY);
   EXPECT_EQ(ImgPrcLiveBlockCount(), live);
 }
 
 TEST(Destroy, FreesEverythingTheInstanceOwns) {
   const long live = ImgPrcLiveBlockCount();
-  CreateArgs a;
-  a.dstWidth = 64;
   void* handle = nullptr;
-  ImgPrcCreateParams p = MakeParams(a);
+  ImgPrcCreateParams p = MakeParams({0x000, 16, 8, 64, 8});
   ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
   ImgPrcColorAdjust adjust = {150, 100, 90};
   ASSERT_EQ(ORU_IMAGEPROC_Set(handle, IMGPRC_PROP_COLOR_ADJUST, &adjust, sizeof adjust), IMGPRC_OK);

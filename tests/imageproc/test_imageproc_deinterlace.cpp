@@ -2,7 +2,10 @@
 // stand-in for the deinterlacer: this program defines ORU_DeInterlace itself,
 // so the linker takes it instead of the library's (the library's object is
 // only pulled in to resolve that symbol). The stand-in records its arguments,
-// writes a known picture into the work area and returns a chosen result.
+// writes a known picture into the work area and returns a chosen result. The
+// real deinterlacer only ever returns 0 or -1, so the mapping of its other
+// results can only be seen this way; its pictures through the frame call are
+// checked with the real one in the deinterlace tests.
 #include <gtest/gtest.h>
 #include <stdint.h>
 #include <string.h>
@@ -64,14 +67,13 @@ class Deinterlace : public testing::Test {
 };
 
 TEST_F(Deinterlace, ModeRunsTheDeinterlacerIntoTheWorkArea) {
-  CreateArgs a;
-  a.srcWidth = a.dstWidth = 20;  // work-area stride 32
-  a.srcHeight = a.dstHeight = 6;
-  Instance inst(a);
+  Instance inst({0x000, 20, 6, 20, 6});  // work-area stride 32
   ASSERT_EQ(inst.result(), IMGPRC_OK);
   Picture src, dst;
   MakePlanar(src, 20, 6, 24, 12, 16, 1);
   MakePlanar(dst, 20, 6, 20, 10, 10, 2);
+  ASSERT_EQ(Frame(inst, src, dst, 0), IMGPRC_OK);  // no mode, no call
+  EXPECT_EQ(g_call.calls, 0);
   ASSERT_EQ(Frame(inst, src, dst, 2), IMGPRC_OK);
   ASSERT_EQ(g_call.calls, 1);
   EXPECT_EQ(g_call.ctx, inst.ctx());
@@ -82,6 +84,12 @@ TEST_F(Deinterlace, ModeRunsTheDeinterlacerIntoTheWorkArea) {
     EXPECT_EQ(g_call.dst[p], inst.ctx()->deintPlanes[p]);
     EXPECT_EQ(g_call.dstPitches[p], 32u);
   }
+  // A later frame passing 0 keeps the mode; one passing another mode replaces it.
+  ASSERT_EQ(Frame(inst, src, dst, 0), IMGPRC_OK);
+  EXPECT_EQ(g_call.calls, 2);
+  EXPECT_EQ(g_call.mode, 2u);
+  ASSERT_EQ(Frame(inst, src, dst, 5), IMGPRC_OK);
+  EXPECT_EQ(g_call.mode, 5u);
   // The picture converted is the work area's, read at the work-area stride.
   for (int p = 0; p < 3; ++p) {
     const uint32_t w = p == 0 ? 20 : 10, h = p == 0 ? 6 : 3;
@@ -93,29 +101,13 @@ TEST_F(Deinterlace, ModeRunsTheDeinterlacerIntoTheWorkArea) {
   }
 }
 
-TEST_F(Deinterlace, ModeStaysInForceWhenLaterFramesPassZero) {
-  Instance inst({});
-  Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  ASSERT_EQ(Frame(inst, src, dst, 2), IMGPRC_OK);
-  ASSERT_EQ(Frame(inst, src, dst, 0), IMGPRC_OK);
-  EXPECT_EQ(g_call.calls, 2);
-  EXPECT_EQ(g_call.mode, 2u);
-  ASSERT_EQ(Frame(inst, src, dst, 5), IMGPRC_OK);
-  EXPECT_EQ(g_call.mode, 5u);
-  EXPECT_EQ(inst.ctx()->deinterlaceMode, 5u);
-}
-
 TEST_F(Deinterlace, OnlyPlanarYCbCrInputsKeepAMode) {
   struct Case {
     uint32_t format, stored;
   };
   const Case cases[] = {{0x000, 3}, {0x103, 3}, {0x205, 3}, {0x303, 0}, {0x403, 0}, {0x500, 0}, {0x800, 0}};
   for (const Case& c : cases) {
-    CreateArgs a;
-    a.format = c.format;
-    Instance inst(a);
+    Instance inst({c.format});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     inst.ctx()->deinterlaceMode = 7;  // an RGB source also drops a mode it had
     // The mode is stored before the planes are checked, so even a refused frame sets it.
@@ -146,15 +138,6 @@ TEST_F(Deinterlace, ResultsAreMappedAndStopTheFrame) {
     EXPECT_EQ(Frame(inst, src, dst, 1), c.want) << c.result;
     for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]) << c.result;
   }
-}
-
-TEST_F(Deinterlace, NoModeNoCall) {
-  Instance inst({});
-  Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  ASSERT_EQ(Frame(inst, src, dst, 0), IMGPRC_OK);
-  EXPECT_EQ(g_call.calls, 0);
 }
 
 }  // namespace

@@ -12,127 +12,64 @@
 
 namespace {
 
-// A picture for either side of format `code`: planar formats get three planes,
-// NV12 two, packed and RGB formats one, each 8 x 8 at a stride of 32 bytes.
-void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
-  const int planes = code <= 2 ? 3 : code == 8 ? 2 : 1;
-  for (int i = 0; i < planes; ++i) pic.AddPlane(i, 32, 8, 32, static_cast<uint8_t>(seed + i));
-}
-
-uint32_t FrameWith(const Instance& inst, uint8_t** src, uint32_t* srcStrides, uint8_t** dst,
-                   uint32_t* dstStrides) {
-  ImgPrcFrameParams f = {sizeof f, 0, 0};
-  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src, srcStrides, dst, dstStrides, &f);
-}
-
 TEST(Frame, RecordAndHandleChecks) {
   Instance inst({});
   Picture src, dst;
   MakePlanar(src, 16, 8, 16, 8, 8, 1);
   MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  ImgPrcFrameParams f = {13, 0, 0};
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(
-      ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, nullptr),
-      IMGPRC_E_INVALIDARG);
-  f.size = 12;
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(nullptr, src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), nullptr, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, nullptr, &f),
-            IMGPRC_E_INVALIDARG);
-  // A record of size 0 reads as all zero: a plain frame.
-  f.size = 0;
-  EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f),
-            IMGPRC_OK);
+  void* h = inst.handle();
+  auto frame = [&](void* handle, uint8_t** sp, uint32_t* dstStrides, uint32_t size, bool noRecord = false) {
+    ImgPrcFrameParams f = {size, 0, 0};
+    return ORU_IMAGEPROC_ProcessFrame(handle, sp, src.strides, dst.planes, dstStrides,
+                                      noRecord ? nullptr : &f);
+  };
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 13), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 12, true), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(nullptr, src.planes, dst.strides, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, nullptr, dst.strides, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, nullptr, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(h, src.planes, dst.strides, 0), IMGPRC_OK);  // size 0 reads as all zero: a plain frame
 }
 
-// One conversion per input code and per output code, so every plane rule is met.
-const uint32_t kByInput[] = {0x000, 0x103, 0x203, 0x303, 0x403, 0x500, 0x800, 0x900};
-const uint32_t kByOutput[] = {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009, 0x00A};
-
-TEST(Frame, SourcePlanesNeededPerInputFormat) {
-  for (uint32_t code : kByInput) {
-    CreateArgs a;
-    a.format = code;
-    Instance inst(a);
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    const int32_t input = static_cast<int32_t>(code) >> 8;
-    const int needed = input <= 2 ? 3 : input == 8 ? 2 : 1;
-    Picture dst;
-    MakeFor(dst, code & 0xFF, 9);
-    for (int plane = 0; plane < 3; ++plane) {
-      for (bool zeroStride : {false, true}) {
-        Picture src;
-        MakeFor(src, input, 1);
-        if (zeroStride) {
-          src.strides[plane] = 0;
-        } else {
-          src.planes[plane] = nullptr;
-        }
-        const uint32_t r = FrameWith(inst, src.planes, src.strides, dst.planes, dst.strides);
-        SCOPED_TRACE(testing::Message() << std::hex << "conversion " << code << " plane " << plane
-                                        << (zeroStride ? " stride 0" : " null"));
-        if (plane < needed) {
-          EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
-        } else {
-          EXPECT_NE(r, IMGPRC_E_INVALIDARG);
+// Each plane a format has must come with an address and a stride; the planes it
+// does not have are not looked at. One conversion per input and per output code.
+TEST(Frame, PlanesNeededPerFormat) {
+  struct Side {
+    bool source;
+    std::vector<uint32_t> codes;
+  };
+  const Side sides[] = {{true, {0x000, 0x103, 0x203, 0x303, 0x403, 0x500, 0x800, 0x900}},
+                        {false, {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009, 0x00A}}};
+  for (const Side& side : sides) {
+    const bool source = side.source;
+    for (uint32_t code : side.codes) {
+      Instance inst({code});
+      ASSERT_EQ(inst.result(), IMGPRC_OK);
+      const int32_t input = static_cast<int32_t>(code) >> 8, output = code & 0xFF;
+      for (int plane = 0; plane < 3; ++plane) {
+        for (bool zeroStride : {false, true}) {
+          SCOPED_TRACE(testing::Message()
+                       << std::hex << "conversion " << code << (source ? " source" : " output") << " plane "
+                       << plane << (zeroStride ? " stride 0" : " null"));
+          Picture src, dst;
+          MakeFor(src, input, 1);
+          MakeFor(dst, output, 9);
+          Picture& side = source ? src : dst;
+          if (zeroStride) {
+            side.strides[plane] = 0;
+          } else {
+            side.planes[plane] = nullptr;
+          }
+          const uint32_t r = Frame(inst, src, dst);
+          if (plane < PlanesOf(source ? input : output)) {
+            EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
+          } else {
+            EXPECT_NE(r, IMGPRC_E_INVALIDARG);
+          }
         }
       }
     }
   }
-}
-
-TEST(Frame, DestinationPlanesNeededPerOutputFormat) {
-  for (uint32_t code : kByOutput) {
-    CreateArgs a;
-    a.format = code;
-    Instance inst(a);
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    const int32_t output = code & 0xFF;
-    const int needed = output <= 2 ? 3 : output == 8 ? 2 : 1;
-    Picture src;
-    MakeFor(src, 0, 1);
-    for (int plane = 0; plane < 3; ++plane) {
-      for (bool zeroStride : {false, true}) {
-        Picture dst;
-        MakeFor(dst, output, 5);
-        if (zeroStride) {
-          dst.strides[plane] = 0;
-        } else {
-          dst.planes[plane] = nullptr;
-        }
-        const uint32_t r = FrameWith(inst, src.planes, src.strides, dst.planes, dst.strides);
-        SCOPED_TRACE(testing::Message() << std::hex << "conversion " << code << " plane " << plane
-                                        << (zeroStride ? " stride 0" : " null"));
-        if (plane < needed) {
-          EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
-        } else {
-          EXPECT_NE(r, IMGPRC_E_INVALIDARG);
-        }
-      }
-    }
-  }
-}
-
-TEST(Frame, CbStrideZeroRefusedForPlanarAcceptedForRgb565) {
-  Instance planar({});
-  Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  src.strides[1] = 0;
-  EXPECT_EQ(Frame(planar, src, dst), IMGPRC_E_INVALIDARG);
-
-  CreateArgs a;
-  a.format = 0x303;
-  Instance rgb(a);
-  Picture rgbSrc, rgbDst;
-  MakeFor(rgbSrc, 3, 1);
-  MakeFor(rgbDst, 3, 2);
-  rgbSrc.strides[1] = 0;
-  EXPECT_NE(Frame(rgb, rgbSrc, rgbDst), IMGPRC_E_INVALIDARG);
 }
 
 TEST(Frame, FormatCodesOutsideTheTablesAreUnexpected) {
@@ -148,18 +85,6 @@ TEST(Frame, FormatCodesOutsideTheTablesAreUnexpected) {
   EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
 }
 
-// What a row-by-row copy of w x h (chroma halved) leaves in dst.
-void ExpectCopied(const Picture& src, const Picture& dstBefore, const Picture& dst, uint32_t w, uint32_t h) {
-  for (int p = 0; p < 3; ++p) {
-    std::vector<uint8_t> want = dstBefore.bytes[p];
-    const uint32_t pw = p == 0 ? w : w / 2, ph = p == 0 ? h : h / 2;
-    for (uint32_t y = 0; y < ph; ++y) {
-      for (uint32_t x = 0; x < pw; ++x) want[y * dst.strides[p] + x] = src.planes[p][y * src.strides[p] + x];
-    }
-    EXPECT_EQ(dst.bytes[p], want) << "plane " << p;
-  }
-}
-
 TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
   struct Case {
     uint32_t w, h, srcStrides[3], dstStrides[3];
@@ -171,10 +96,7 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.w << "x" << c.h);
-    CreateArgs a;
-    a.srcWidth = a.dstWidth = c.w;
-    a.srcHeight = a.dstHeight = c.h;
-    Instance inst(a);
+    Instance inst({0x000, c.w, c.h, c.w, c.h});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     Picture src, dst, before;
     MakePlanar(src, c.w, c.h, c.srcStrides[0], c.srcStrides[1], c.srcStrides[2], 3);
@@ -183,7 +105,12 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
     const unsigned long allocations = ImgPrcAllocationCount();
     EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
     EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-    ExpectCopied(src, before, dst, c.w & ~1u, c.h & ~1u);
+    for (int p = 0; p < 3; ++p) {
+      const uint32_t w = c.w & ~1u, h = c.h & ~1u;
+      EXPECT_EQ(dst.bytes[p], CopiedRows(before.bytes[p], c.dstStrides[p], src.planes[p], c.srcStrides[p],
+                                         p ? w / 2 : w, p ? h / 2 : h))
+          << "plane " << p;
+    }
     // The destination addressing is set up for every frame, unrotated too.
     EXPECT_EQ(inst.ctx()->rotationRecord->yStart, dst.planes[0]);
     EXPECT_EQ(inst.ctx()->rotationRecord->crStart, dst.planes[2]);
@@ -192,67 +119,35 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
 
 // Routes whose kernels are not in the library yet report not implemented and
 // leave the destination untouched. A route leaves this table when its kernel lands.
+// In order: 4:2:0 to 4:2:0 rotated, resized, adjusted and their mixes; to YUY2,
+// UYVY, NV12; to RGB888 (plain, rotated, enlarged, shrunk, shrunk and rotated);
+// to ARGB32 (the same, doubled and the two fixed cases); to ABGR32; 4:2:2 and
+// 4:4:4 inputs; RGB to 4:2:0 without a chosen kernel; RGB to RGB; NV12 to 4:2:0.
 TEST(Frame, RoutesWithoutAKernelReportNotImplemented) {
   struct Case {
-    const char* kernel;
     uint32_t format, rotation, dstWidth, dstHeight;
     bool adjust;
   };
   const Case cases[] = {
-      {"_ORUYCbCr420Rot", 0x000, 1, 16, 8, false},
-      {"_ORUYCbCr420RszRot", 0x000, 3, 32, 8, false},
-      {"_ORUYCbCr420Rsz", 0x000, 0, 32, 16, false},
-      {"_ORUYCbCrAdjust", 0x000, 0, 16, 8, true},
-      {"_ORUYCbCr420RszAdjust", 0x000, 0, 8, 4, true},
-      {"_ORUYCbCr420RotAdjust", 0x000, 2, 16, 8, true},
-      {"_ORUYCbCr420RszRotAdjust", 0x000, 5, 32, 16, true},
-      {"_ORUYCbCr420ToYUY2", 0x006, 0, 16, 8, false},
-      {"_ORUYCbCr420ToUYVY", 0x007, 0, 16, 8, false},
-      {"_ORUYCbCr420ToNV12", 0x008, 0, 16, 8, false},
-      {"_ORUYCbCr420ToRGB888", 0x004, 0, 16, 8, false},
-      {"_ORUYCbCr420ToRGB888Rot", 0x004, 4, 16, 8, false},
-      {"_ORUYCbCr420ToRGB888RszUp", 0x004, 0, 32, 16, false},
-      {"_ORUYCbCr420ToRGB888Rsz", 0x004, 0, 8, 4, false},
-      {"_ORUYCbCr420ToRGB888RszRot", 0x004, 1, 8, 4, false},
-      {"_ORUYCbCr420ToARGB32", 0x005, 0, 16, 8, false},
-      {"_ORUYCbCr420ToARGB32Rot", 0x005, 3, 16, 8, false},
-      {"_ORUYCbCr420ToARGB32RszRot", 0x005, 3, 32, 16, false},
-      {"_ORUYCbCr420ToARGB32RszUp", 0x005, 0, 32, 16, false},
-      {"_ORUYCbCr420ToARGB32Case1", 0x005, 0, 40, 16, false},
-      {"_ORUYCbCr420ToARGB32Case2", 0x005, 0, 24, 4, false},
-      {"_ORUYCbCr420ToARGB32Rsz", 0x005, 0, 8, 4, false},
-      {"_ORUYCbCr420ToABGR32", 0x009, 0, 16, 8, false},
-      {"_ORUYCbCr420ToABGR32Rsz", 0x009, 0, 8, 12, false},
-      {"_ORUYCbCr422ToRGB565", 0x103, 2, 16, 8, false},
-      {"_ORUYCbCr422ToRGB565Rsz", 0x103, 0, 8, 4, false},
-      {"_ORUYCbCr422ToARGB32RszRot", 0x105, 0, 16, 8, false},
-      {"_ORUYCbCr422ToABGR32RszRot", 0x109, 1, 16, 8, false},
-      {"_ORUYCbCr444ToRGB565RszRot", 0x203, 0, 16, 8, false},
-      {"_ORUYCbCr444ToRGB888RszRot", 0x204, 0, 16, 8, false},
-      {"_ORUYCbCr444ToARGB32RszRot", 0x205, 0, 16, 8, false},
-      {"_ORUYCbCr444ToABGR32RszRot", 0x209, 0, 16, 8, false},
-      {"_ORURGB565ToYCbCr420_0", 0x300, 0, 16, 8, false},
-      {"_ORUARGB32ToYCbCr420_0 (rotated)", 0x500, 1, 16, 8, false},
-      {"_ORUABGR32ToYCbCr420_0", 0x900, 0, 16, 8, false},
-      {"_ORURGB565RszRot", 0x303, 0, 16, 8, false},
-      {"_ORURGB565ToARGB32", 0x305, 0, 16, 8, false},
-      {"_ORURGB888ToRGB565RszRot", 0x403, 0, 16, 8, false},
-      {"_ORURGB888RszRot", 0x404, 0, 16, 8, false},
-      {"_ORUNV12ToYCbCr420", 0x800, 0, 16, 8, false},
-  };
+      {0x000, 1, 16, 8, 0},  {0x000, 3, 32, 8, 0},  {0x000, 0, 32, 16, 0}, {0x000, 0, 16, 8, 1},
+      {0x000, 0, 8, 4, 1},   {0x000, 2, 16, 8, 1},  {0x000, 5, 32, 16, 1}, {0x006, 0, 16, 8, 0},
+      {0x007, 0, 16, 8, 0},  {0x008, 0, 16, 8, 0},  {0x004, 0, 16, 8, 0},  {0x004, 4, 16, 8, 0},
+      {0x004, 0, 32, 16, 0}, {0x004, 0, 8, 4, 0},   {0x004, 1, 8, 4, 0},   {0x005, 0, 16, 8, 0},
+      {0x005, 3, 16, 8, 0},  {0x005, 3, 32, 16, 0}, {0x005, 0, 32, 16, 0}, {0x005, 0, 40, 16, 0},
+      {0x005, 0, 24, 4, 0},  {0x005, 0, 8, 4, 0},   {0x009, 0, 16, 8, 0},  {0x009, 0, 8, 12, 0},
+      {0x103, 2, 16, 8, 0},  {0x103, 0, 8, 4, 0},   {0x105, 0, 16, 8, 0},  {0x109, 1, 16, 8, 0},
+      {0x203, 0, 16, 8, 0},  {0x204, 0, 16, 8, 0},  {0x205, 0, 16, 8, 0},  {0x209, 0, 16, 8, 0},
+      {0x300, 0, 16, 8, 0},  {0x500, 1, 16, 8, 0},  {0x900, 0, 16, 8, 0},  {0x303, 0, 16, 8, 0},
+      {0x305, 0, 16, 8, 0},  {0x403, 0, 16, 8, 0},  {0x404, 0, 16, 8, 0},  {0x800, 0, 16, 8, 0}};
+
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.kernel);
-    CreateArgs a;
-    a.format = c.format;
-    a.rotation = c.rotation;
-    a.dstWidth = c.dstWidth;
-    a.dstHeight = c.dstHeight;
-    Instance inst(a);
+    SCOPED_TRACE(testing::Message() << std::hex << c.format << std::dec << " rotation " << c.rotation
+                                    << " to " << c.dstWidth << "x" << c.dstHeight
+                                    << (c.adjust ? " adjusted" : ""));
+    Instance inst({c.format, 16, 8, c.dstWidth, c.dstHeight, c.rotation});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     if (c.adjust) {
-      ImgPrcColorAdjust adjust = {140, 128, 128};
-      ASSERT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &adjust, sizeof adjust),
-                IMGPRC_OK);
+      ASSERT_EQ(SetAdjust(inst, 140, 128, 128), IMGPRC_OK);
     }
     Picture src, dst, before;
     MakeFor(src, static_cast<int32_t>(c.format) >> 8, 1);
@@ -281,12 +176,7 @@ uint32_t FakeRgbToYuv(const uint8_t* src, uint32_t srcStride, uint8_t** dstPlane
 }
 
 TEST(Frame, RgbToYCbCrRouteCallsTheChosenKernel) {
-  CreateArgs a;
-  a.format = 0x500;
-  a.srcWidth = 15;
-  a.srcHeight = 9;
-  a.dstWidth = 40;  // a size change is ignored on this path
-  Instance inst(a);
+  Instance inst({0x500, 15, 9, 40, 8});  // a size change is ignored on this path
   ASSERT_EQ(inst.result(), IMGPRC_OK);
   inst.ctx()->rgbToYuvKernel = FakeRgbToYuv;
   Picture src, dst;
@@ -304,11 +194,6 @@ TEST(Frame, RgbToYCbCrRouteCallsTheChosenKernel) {
 }
 
 // ---- properties -------------------------------------------------------------------
-
-uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
-  ImgPrcColorAdjust a = {b, c, s};
-  return ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, size);
-}
 
 ImgPrcColorAdjust GetAdjust(const Instance& inst, uint32_t* result) {
   ImgPrcColorAdjust a = {-1, -1, -1};
@@ -359,9 +244,7 @@ TEST(Properties, GetAdjustReportsWhetherTheConversionSupportsIt) {
                         {0x008, IMGPRC_E_FAIL}, {0x300, IMGPRC_E_FAIL}, {0x303, IMGPRC_E_FAIL},
                         {0x800, IMGPRC_E_FAIL}, {0x900, IMGPRC_E_FAIL}};
   for (const Case& c : cases) {
-    CreateArgs a;
-    a.format = c.format;
-    Instance inst(a);
+    Instance inst({c.format});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
     ASSERT_EQ(SetAdjust(inst, 140, 120, 200), IMGPRC_OK);
     uint32_t r;
@@ -373,17 +256,13 @@ TEST(Properties, GetAdjustReportsWhetherTheConversionSupportsIt) {
   }
 }
 
-TEST(Properties, NeutralSetOnAFreshInstanceChangesNothing) {
+TEST(Properties, AdjustTablesComeWithTheFirstChangeAndStay) {
   Instance inst({});
-  const unsigned long allocations = ImgPrcAllocationCount();
-  EXPECT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
+  unsigned long allocations = ImgPrcAllocationCount();
+  EXPECT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);  // neutral on a fresh instance: nothing happens
   EXPECT_EQ(ImgPrcAllocationCount(), allocations);
   EXPECT_EQ(inst.ctx()->adjustActive, 0u);
   EXPECT_EQ(inst.ctx()->adjustTableBlock, nullptr);
-}
-
-TEST(Properties, BackToNeutralKeepsTheTables) {
-  Instance inst({});
   ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
   const ImgPrcContext* ctx = inst.ctx();
   EXPECT_EQ(ctx->adjustActive, 1u);
@@ -392,7 +271,7 @@ TEST(Properties, BackToNeutralKeepsTheTables) {
   EXPECT_EQ(ctx->chromaAdjustTable, ctx->adjustTableBlock + 256);
   EXPECT_EQ(ctx->lumaAdjustTable[0], 44);  // offset 2 x 22
   EXPECT_EQ(ctx->rangeTableY[16], 6558);   // 44 x 1.1644 x 128, +0.5, truncated
-  const unsigned long allocations = ImgPrcAllocationCount();
+  allocations = ImgPrcAllocationCount();
   ASSERT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
   EXPECT_EQ(ctx->adjustActive, 0u);
   EXPECT_NE(ctx->adjustTableBlock, nullptr);
@@ -442,9 +321,7 @@ TEST(Properties, AdjustOutOfMemoryChangesNothing) {
 
 TEST(Properties, ColorKey) {
   for (uint32_t format : {0x003u, 0x00Au}) {
-    CreateArgs a;
-    a.format = format;
-    Instance inst(a);
+    Instance inst({format});
     uint32_t key = 0x00EB8080, got = 0, written = 0;
     EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_KEY, &key, 3), IMGPRC_E_INVALIDARG);
     EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_KEY, &key, 4), IMGPRC_OK);
