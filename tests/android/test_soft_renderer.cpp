@@ -2,6 +2,7 @@
 // converter set-up from the colour-format word, destination addressing in both
 // window modes, pictures that cannot be converted, faults and every error line.
 #include <gtest/gtest.h>
+#include <stdio.h>
 #include <string.h>
 
 #include <string>
@@ -14,6 +15,21 @@
 using namespace scrim_testing;
 
 namespace {
+
+inline std::string Pointer(const void* p) {
+  char buf[32];
+  snprintf(buf, sizeof buf, "%p", p);
+  return buf;
+}
+
+// The five lines of a picture the renderer does not convert.
+inline Lines NotConvertedLines(const void* handler, const void* converter, int inWidth, int inHeight) {
+  return {{"render_this_frame", ":render_this_frame fail"},
+          {"render_this_frame", ":pRender->Handler =" + Pointer(handler)},
+          {"render_this_frame", ":pRender->Converter =" + Pointer(converter)},
+          {"render_this_frame", ":pRender->InWidth = " + std::to_string(inWidth)},
+          {"render_this_frame", ":pRender->InHeight = " + std::to_string(inHeight)}};
+}
 
 class SoftRenderer : public LoggedTest {
  protected:

@@ -71,12 +71,6 @@ inline int64_t NowUs() {
   return static_cast<int64_t>(tv.tv_sec) * 1000000 + tv.tv_usec;
 }
 
-inline std::string Pointer(const void* p) {
-  char buf[32];
-  snprintf(buf, sizeof buf, "%p", p);
-  return buf;
-}
-
 // The record a player hands over for a surface.
 struct SurfaceRecord {
   void* m_pJvm;
@@ -127,15 +121,6 @@ inline std::string CompareLines(const std::vector<std::string>& lines, const Lin
     EXPECT_EQ("", scrim_testing::CompareLines(scrim_testing::LibraryLines(), __VA_ARGS__)); \
     HostLog_clear();                                                                        \
   } while (0)
-
-// The five lines of a picture the renderer does not convert.
-inline Lines NotConvertedLines(const void* handler, const void* converter, int inWidth, int inHeight) {
-  return {{"render_this_frame", ":render_this_frame fail"},
-          {"render_this_frame", ":pRender->Handler =" + Pointer(handler)},
-          {"render_this_frame", ":pRender->Converter =" + Pointer(converter)},
-          {"render_this_frame", ":pRender->InWidth = " + std::to_string(inWidth)},
-          {"render_this_frame", ":pRender->InHeight = " + std::to_string(inHeight)}};
-}
 
 // Owns one reference of a host window and gives it back at the end of the test.
 class Window {
