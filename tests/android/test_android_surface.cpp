@@ -99,8 +99,8 @@ void* Object(uintptr_t v) { return reinterpret_cast<void*>(v); }
 TEST_F(Surface, WindowIsHandedOutWithOneReference) {
   EXPECT_EQ(nullptr, GetAndroidSurface(nullptr));
   EXPECT_EQ(nullptr, GetAndroidIomxSurface(nullptr));
-  EXPECT_LINES({{"GetAndroidSurface", " GetAndroidSurface faile  pParam = 0x0 \n"},
-                {"GetAndroidIomxSurface", " GetAndroidSurface faile  pParam = 0x0 \n"}});
+  EXPECT_LINES({"[GetAndroidSurface N] GetAndroidSurface faile  pParam = 0x0 \n",
+                "[GetAndroidIomxSurface N] GetAndroidSurface faile  pParam = 0x0 \n"});
 
   Window w;
   FakeJvm jvm;
@@ -185,7 +185,7 @@ TEST_F(Surface, AttachFailures) {
 
   jvm.attachResult = -3;
   EXPECT_EQ(nullptr, jvm.Iomx(0xE0));
-  EXPECT_LINES({{"GetAndroidIomxSurface", " Attach Current thread failed!! Error -3"}});
+  EXPECT_LINES({"[GetAndroidIomxSurface N] Attach Current thread failed!! Error -3"});
   EXPECT_EQ(1, jvm.detachCalls);  // only the successful call detached
   EXPECT_EQ(nullptr, g_lastSurfaceObject);
   EXPECT_EQ(0, g_lastNativeSurface);
@@ -197,7 +197,7 @@ TEST_F(Surface, AttachFailures) {
 
   jvm.attachResult = -1;
   EXPECT_EQ(nullptr, GetAndroidJEnv());
-  EXPECT_LINES({{"GetAndroidJEnv", " Attach Current thread failed!!"}});
+  EXPECT_LINES({"[GetAndroidJEnv N] Attach Current thread failed!!"});
 }
 
 TEST_F(Surface, JEnvAttachesToTheLastVirtualMachine) {

@@ -23,12 +23,13 @@ inline std::string Pointer(const void* p) {
 }
 
 // The five lines of a picture the renderer does not convert.
-inline Lines NotConvertedLines(const void* handler, const void* converter, int inWidth, int inHeight) {
-  return {{"render_this_frame", ":render_this_frame fail"},
-          {"render_this_frame", ":pRender->Handler =" + Pointer(handler)},
-          {"render_this_frame", ":pRender->Converter =" + Pointer(converter)},
-          {"render_this_frame", ":pRender->InWidth = " + std::to_string(inWidth)},
-          {"render_this_frame", ":pRender->InHeight = " + std::to_string(inHeight)}};
+std::vector<std::string> NotConvertedLines(const void* handler, const void* converter, int inWidth,
+                                           int inHeight) {
+  return {"[render_this_frame N]:render_this_frame fail",
+          "[render_this_frame N]:pRender->Handler =" + Pointer(handler),
+          "[render_this_frame N]:pRender->Converter =" + Pointer(converter),
+          "[render_this_frame N]:pRender->InWidth = " + std::to_string(inWidth),
+          "[render_this_frame N]:pRender->InHeight = " + std::to_string(inHeight)};
 }
 
 class SoftRenderer : public LoggedTest {
@@ -116,12 +117,12 @@ TEST_F(SoftRenderer, InitTakesTheWindowAndBuildsTheConverterForTheOutputMode) {
 
 TEST_F(SoftRenderer, InitFailures) {
   EXPECT_EQ(nullptr, oru_nativewindow_init(nullptr, 64, 48, 0, 0));
-  EXPECT_LINES({{"oru_nativewindow_init", ":invalid window "}});
+  EXPECT_LINES({"[oru_nativewindow_init N]:invalid window "});
 
   Window w;
   HostWindow_failNext(w.get(), HOST_FAULT_SET_GEOMETRY, -22, 1);
   EXPECT_EQ(nullptr, oru_nativewindow_init(w.get(), 64, 48, 0, 0));
-  EXPECT_LINES({{"oru_nativewindow_init", ":native_window_set_buffers_geometry err = 0xffffffea"}});
+  EXPECT_LINES({"[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea"});
   EXPECT_EQ(nullptr, g_SoftRenderer.Handler);
   EXPECT_EQ(nullptr, g_SoftRenderer.Converter);
   // The reference taken before the geometry call is not given back.
@@ -155,7 +156,7 @@ TEST_F(SoftRenderer, ConverterRefusesUnknownLayoutsAndRanges) {
     EXPECT_EQ(w.get(), g_SoftRenderer.Handler);
     EXPECT_EQ(c.converter, g_SoftRenderer.Converter != nullptr);
     if (c.line) {
-      EXPECT_LINES({{"CreateConverter", c.line}});
+      EXPECT_LINES({std::string("[CreateConverter N]") + c.line});
     } else {
       EXPECT_EQ(0u, HostLog_count());
     }
@@ -186,11 +187,11 @@ TEST_F(SoftRenderer, RefusesOtherHandlesAndAnEmptiedRenderer) {
   EXPECT_EQ(-1, oru_nativewindow_dorender(&other));
   oru_nativewindow_uninit(nullptr);
   oru_nativewindow_uninit(&other);
-  EXPECT_LINES({{"oru_nativewindow_render", ":render, invalid handler"},
-                {"oru_nativewindow_render", ":render, invalid handler"},
-                {"oru_nativewindow_dorender", ":render, invalid handler"},
-                {"oru_nativewindow_uninit", ":uninit invalid surface"},
-                {"oru_nativewindow_uninit", ":uninit invalid surface"}});
+  EXPECT_LINES({"[oru_nativewindow_render N]:render, invalid handler",
+                "[oru_nativewindow_render N]:render, invalid handler",
+                "[oru_nativewindow_dorender N]:render, invalid handler",
+                "[oru_nativewindow_uninit N]:uninit invalid surface",
+                "[oru_nativewindow_uninit N]:uninit invalid surface"});
 
   Window w;
   Init(w, 16, 16, 0, 0);
@@ -322,12 +323,12 @@ TEST_F(SoftRenderer, LockAndPostFailuresAreReported) {
   HostWindow_failNext(w.get(), HOST_FAULT_LOCK, -19, 1);
   EXPECT_EQ(-1, Render(p));
   EXPECT_FALSE(HostWindow_isLocked(w.get()));
-  EXPECT_LINES({{"oru_nativewindow_render", ":ANativeWindow_lock err = 0xffffffed"}});
+  EXPECT_LINES({"[oru_nativewindow_render N]:ANativeWindow_lock err = 0xffffffed"});
 
   ASSERT_EQ(0, Render(p));
   HostWindow_failNext(w.get(), HOST_FAULT_POST, -32, 1);
   EXPECT_EQ(-1, oru_nativewindow_dorender(&g_SoftRenderer));
-  EXPECT_LINES({{"oru_nativewindow_dorender", ":ANativeWindow_unlockAndPost err = 0xffffffe0"}});
+  EXPECT_LINES({"[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0"});
   EXPECT_EQ(0u, w.posted());
 
   // The deinterlace mode reaches the image processor.

@@ -185,7 +185,7 @@ TEST_F(HostView, LifecycleAndRender) {
   EXPECT_EQ(KV_S_OK, p_->Open(&options, 80));
   EXPECT_EQ(0u, p_->Render(0));
   EXPECT_EQ(KV_E_FAIL, p_->Open(&options, 80));
-  EXPECT_LINES({{"Open", " Invalid call. Video Presenter is opened already "}});
+  EXPECT_LINES({"[Open N] Invalid call. Video Presenter is opened already "});
 
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(0)));
   EXPECT_EQ(1u, p_->Render(0));
@@ -441,8 +441,8 @@ TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
 
   HostWindow_failNext(a.get(), HOST_FAULT_SET_GEOMETRY, -22, 1);
   EXPECT_EQ(KV_E_FAIL, Present(s, p));
-  EXPECT_LINES({{"oru_nativewindow_init", ":native_window_set_buffers_geometry err = 0xffffffea"},
-                {"Present", ":oru_nativewindow_init fail"}});
+  EXPECT_LINES({"[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea",
+                "[Present N]:oru_nativewindow_init fail"});
   EXPECT_EQ(KV_S_OK, Present(s, p));
   EXPECT_EQ(1u, a.posted());
   // Set-up leaves one reference behind when the geometry fails; give it back.
@@ -452,16 +452,16 @@ TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
   HostWindow_failNext(a.get(), HOST_FAULT_LOCK, -12, 2);
   EXPECT_EQ(KV_E_FAIL, Present(s, p));
   EXPECT_EQ(KV_E_FAIL, Present(s, p));
-  EXPECT_LINES({{"oru_nativewindow_render", ":ANativeWindow_lock err = 0xfffffff4"},
-                {"Present", ":oru_nativewindow_render fail"},
-                {"oru_nativewindow_render", ":ANativeWindow_lock err = 0xfffffff4"},
-                {"Present", ":oru_nativewindow_render fail"}});
+  EXPECT_LINES({"[oru_nativewindow_render N]:ANativeWindow_lock err = 0xfffffff4",
+                "[Present N]:oru_nativewindow_render fail",
+                "[oru_nativewindow_render N]:ANativeWindow_lock err = 0xfffffff4",
+                "[Present N]:oru_nativewindow_render fail"});
   EXPECT_EQ(KV_S_OK, Present(s, p));
   EXPECT_EQ(2u, a.posted());
 
   HostWindow_failNext(a.get(), HOST_FAULT_POST, -32, 1);
   EXPECT_EQ(KV_E_FAIL, Present(s, p));
-  EXPECT_LINES({{"oru_nativewindow_dorender", ":ANativeWindow_unlockAndPost err = 0xffffffe0"}});
+  EXPECT_LINES({"[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0"});
   EXPECT_EQ(KV_S_OK, Present(s, p));
   EXPECT_EQ(3u, a.posted());
   EXPECT_EQ(0u, HostLog_count());
