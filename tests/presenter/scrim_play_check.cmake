@@ -82,18 +82,14 @@ elseif(CASE STREQUAL "y4m")
   expect_summary("${dir}/out" 2)
 
 elseif(CASE STREQUAL "bad_input")
+  # The reader's every refusal is checked by test_scrim_play; here, that the
+  # player reports one of each kind and fails.
   string(REPEAT "P" 128 luma)
-  file(WRITE "${dir}/not_y4m.y4m" "RIFF....WAVEfmt ")
   file(WRITE "${dir}/c422.y4m" "YUV4MPEG2 W16 H8 F25:1 C422\nFRAME\n")
-  file(WRITE "${dir}/no_size.y4m" "YUV4MPEG2 W16 F25:1\n")
-  file(WRITE "${dir}/bad_size.y4m" "YUV4MPEG2 W16 H-8\n")
   file(WRITE "${dir}/bad_rate.y4m" "YUV4MPEG2 W16 H8 F25\n")
-  file(WRITE "${dir}/no_newline.y4m" "YUV4MPEG2 W16 H8")
   file(WRITE "${dir}/cut_short.y4m" "YUV4MPEG2 W16 H8\nFRAME\n${luma}")
-  file(WRITE "${dir}/bad_frame.y4m" "YUV4MPEG2 W16 H8\nPICTURE\n${luma}")
-  foreach(pair "missing.y4m|cannot open" "not_y4m.y4m|not a Y4M file" "c422.y4m|not 8-bit 4:2:0"
-               "no_size.y4m|odd header" "bad_size.y4m|odd header" "bad_rate.y4m|odd header"
-               "no_newline.y4m|odd header" "cut_short.y4m|cut short" "bad_frame.y4m|expected \"FRAME\"")
+  foreach(pair "missing.y4m|cannot open" "c422.y4m|not 8-bit 4:2:0" "bad_rate.y4m|odd header"
+               "cut_short.y4m|cut short")
     string(REPLACE "|" ";" pair "${pair}")
     list(GET pair 0 file)
     list(GET pair 1 message)

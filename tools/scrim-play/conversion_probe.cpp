@@ -1,6 +1,9 @@
 #include "conversion_probe.h"
 
+#include <dlfcn.h>
 #include <time.h>
+
+#include "android/soft_renderer.h"
 
 namespace {
 
@@ -10,34 +13,25 @@ double NowMs() {
   return ts.tv_sec * 1000.0 + ts.tv_nsec / 1e6;
 }
 
-uint32_t MatrixCode(uint32_t h264) {
-  switch (h264) {
-    case 1:
-      return IMGPRC_MATRIX_BT709;
-    case 4:
-      return IMGPRC_MATRIX_FCC;
-    case 7:
-      return IMGPRC_MATRIX_SMPTE240M;
-    default:
-      return IMGPRC_MATRIX_BT601;
-  }
-}
+// The renderer's own converter set-up, asked of the library on a record of
+// our own, so that the probe converts with exactly the stream's settings.
+using CreateConverterFn = void (*)(ANDROID_SOFTRENDER*);
 
 }  // namespace
 
 ConversionProbe::ConversionProbe(const ScrimLibrary& lib, int width, int height, uint32_t colourFormat,
                                  bool yv12, uint32_t deinterlace)
     : lib_(lib), yv12_(yv12), deinterlace_(deinterlace), width_(width), height_(height) {
-  ImgPrcCreateParams c{};
-  c.size = sizeof c;
-  c.format = yv12 ? 0x000 : 0x003;
-  c.resizeMode = IMGPRC_RESIZE_BILINEAR_FAST;
-  c.srcWidth = c.dstWidth = static_cast<uint32_t>(width);
-  c.srcHeight = c.dstHeight = static_cast<uint32_t>(height);
-  c.colorMatrix = MatrixCode(colourFormat & 0xFF);
-  c.fullRange = (colourFormat >> 8) & 0xFF;
-  if (c.fullRange > 1) return;
-  if (lib_.imgCreate(&handle_, 0, &c) != 0) handle_ = nullptr;
+  ANDROID_SOFTRENDER record{};
+  record.size = sizeof record;
+  record.InWidth = static_cast<uint32_t>(width);
+  record.InHeight = static_cast<uint32_t>(height);
+  record.InputFormat = colourFormat;
+  record.OutputMode = yv12 ? SOFTRENDER_OUTPUT_YV12 : SOFTRENDER_OUTPUT_RGB565;
+  auto createConverter = reinterpret_cast<CreateConverterFn>(dlsym(lib_.handle, "CreateConverter"));
+  if (createConverter == nullptr) return;
+  createConverter(&record);
+  handle_ = record.Converter;
   const size_t chroma = static_cast<size_t>((width + 1) / 2) * ((height + 1) / 2);
   out_.assign(static_cast<size_t>(width) * height * 2 + 2 * chroma, 0);
 }
