@@ -40,21 +40,19 @@ CCRITCALSECTION::~CCRITCALSECTION() { DeleteCriticalSection(&m_cs); }
 // Built by the library's static initialiser when it is loaded, torn down at exit.
 static CCRITCALSECTION g_interlockedLock;
 
-extern "C" LONG InterlockedIncrement(LONG* p) {
+// Under the lock, an atomic add, then the value read again: concurrent callers
+// never lose a count and each sees the value its own operation produced.
+static LONG lockedAdd(LONG* p, LONG delta) {
   EnterCriticalSection(&g_interlockedLock.m_cs);
-  __atomic_add_fetch(p, 1, __ATOMIC_ACQ_REL);
+  __atomic_add_fetch(p, delta, __ATOMIC_ACQ_REL);
   LONG value = __atomic_load_n(p, __ATOMIC_ACQUIRE);
   LeaveCriticalSection(&g_interlockedLock.m_cs);
   return value;
 }
 
-extern "C" LONG InterlockedDecrement(LONG* p) {
-  EnterCriticalSection(&g_interlockedLock.m_cs);
-  __atomic_sub_fetch(p, 1, __ATOMIC_ACQ_REL);
-  LONG value = __atomic_load_n(p, __ATOMIC_ACQUIRE);
-  LeaveCriticalSection(&g_interlockedLock.m_cs);
-  return value;
-}
+extern "C" LONG InterlockedIncrement(LONG* p) { return lockedAdd(p, 1); }
+
+extern "C" LONG InterlockedDecrement(LONG* p) { return lockedAdd(p, -1); }
 
 // Neither of these two is atomic, and ExchangeAdd answers the sum rather than
 // the old value: callers written against this layer rely on both.
