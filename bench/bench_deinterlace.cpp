@@ -116,7 +116,9 @@ void BM_Libyuv_I420ToRGB565_1080p(benchmark::State& state) {
     benchmark::DoNotOptimize(out.data());
   }
 }
-BENCHMARK(BM_Libyuv_I420ToRGB565_1080p)->Unit(benchmark::kMillisecond)->Name("Deinterlace_Libyuv_I420ToRGB565_1080p");
+BENCHMARK(BM_Libyuv_I420ToRGB565_1080p)
+    ->Unit(benchmark::kMillisecond)
+    ->Name("Deinterlace_Libyuv_I420ToRGB565_1080p");
 
 // The conversion that follows deinterlacing in the presenter: a same-size
 // 4:2:0 to RGB565 frame call, no mode.

@@ -98,8 +98,9 @@ TEST(InterfaceIds, HaveTheDocumentedValues) {
   for (const auto& row : table) {
     const _GUID& g = *row.id;
     char text[40];
-    snprintf(text, sizeof text, "%08lX-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", g.Data1, g.Data2, g.Data3,
-             g.Data4[0], g.Data4[1], g.Data4[2], g.Data4[3], g.Data4[4], g.Data4[5], g.Data4[6], g.Data4[7]);
+    snprintf(text, sizeof text, "%08lX-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", g.Data1, g.Data2,
+             g.Data3, g.Data4[0], g.Data4[1], g.Data4[2], g.Data4[3], g.Data4[4], g.Data4[5], g.Data4[6],
+             g.Data4[7]);
     EXPECT_STREQ(row.text, text);
   }
   EXPECT_EQ(24u, sizeof(_GUID));
