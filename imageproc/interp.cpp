@@ -3,6 +3,7 @@
 #include "imageproc/interp.h"
 
 #include <stddef.h>
+#include <string.h>
 
 #include "kernels/yuv_color_step.h"
 
@@ -11,6 +12,40 @@ using scrim::ChromaTermsOf;
 using scrim::ColorTables;
 
 namespace {
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "pair entries are built in little-endian lanes");
+
+// Four 32-bit lanes, two per 64-bit line entry (GCC and Clang vector
+// extensions; SSE2 on x86-64, NEON on aarch64).
+typedef uint32_t U32x4 __attribute__((vector_size(16)));
+typedef uint64_t U64x2 __attribute__((vector_size(16)));
+
+// Only the low 32 bits of a blend are ever unpacked, and the low 32 bits of
+// (32 - f) * a + f * b depend only on the low 32 bits of a and b: the blends
+// below run on 32-bit lanes as a * 32 + f * (b - a), which is the same sum
+// modulo 2^32 with one multiply.
+
+// Entries i and i + 1 of a line as lanes {a, a high, b, b high}.
+inline U32x4 LoadEntryPair(const uint64_t* src, uint32_t i) {
+  U32x4 v;
+  memcpy(&v, src + i, 16);
+  return v;
+}
+
+// The four linear blends at positions p + k * step, k = 0..3.
+inline U32x4 Blend4(const uint64_t* src, uint32_t p, uint32_t step) {
+  const U32x4 l0 = LoadEntryPair(src, p >> 16);
+  const U32x4 l1 = LoadEntryPair(src, (p + step) >> 16);
+  const U32x4 l2 = LoadEntryPair(src, (p + 2 * step) >> 16);
+  const U32x4 l3 = LoadEntryPair(src, (p + 3 * step) >> 16);
+  const U32x4 ab01 = __builtin_shufflevector(l0, l1, 0, 2, 4, 6);
+  const U32x4 ab23 = __builtin_shufflevector(l2, l3, 0, 2, 4, 6);
+  const U32x4 a = __builtin_shufflevector(ab01, ab23, 0, 2, 4, 6);
+  const U32x4 b = __builtin_shufflevector(ab01, ab23, 1, 3, 5, 7);
+  const U32x4 pos = U32x4{0, step, 2 * step, 3 * step} + p;
+  const U32x4 f = (pos >> 11) & 31;
+  return (a << 5) + f * (b - a);
+}
 
 // Every horizontal blend is brought to a weight sum of 32 before packing, so
 // one packer serves all denominators: (5a + 3b) / 8 is packed as
@@ -32,6 +67,14 @@ class Sink565 {  // two pixels per 64-bit entry, first in the low half
   void Pair(uint64_t v0, uint64_t v1) {
     scrim::Store64(out_, static_cast<uint64_t>(Pack565(v0)) | static_cast<uint64_t>(Pack565(v1)) << 16);
     out_ += 8;
+  }
+  // Four blends, two entries: each 64-bit lane {p0, p1} becomes p0 | p1 << 16.
+  void Quad(U32x4 v) {
+    const U32x4 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
+    U64x2 e = reinterpret_cast<U64x2>(px);
+    e = (e | e >> 16) & 0xFFFFFFFF;
+    memcpy(out_, &e, 16);
+    out_ += 16;
   }
 
  private:
@@ -97,15 +140,25 @@ inline uint64_t LinearAt(const uint64_t* src, uint32_t p) {
   return (32 - f) * src[i] + f * src[i + 1];
 }
 
+// Sinks without a four-pixel store take a quad as two pairs.
+template <class Sink>
+auto PutQuad(Sink& sink, U32x4 v, int) -> decltype(sink.Quad(v)) {
+  sink.Quad(v);
+}
+template <class Sink>
+void PutQuad(Sink& sink, U32x4 v, long) {
+  sink.Pair(v[0], v[1]);
+  sink.Pair(v[2], v[3]);
+}
+
+// Four pixels a round; an odd last pair is blended alone so that nothing past
+// its src[i + 1] is read.
 template <class Sink>
 void Stretch(const uint64_t* src, uint32_t step, int32_t width, Sink sink) {
   uint32_t p = 0;
-  for (int32_t n = PairsOf(width); n > 0; --n) {
-    const uint64_t v0 = LinearAt(src, p);
-    const uint64_t v1 = LinearAt(src, p + step);
-    p += 2 * step;
-    sink.Pair(v0, v1);
-  }
+  int32_t n = PairsOf(width);
+  for (; n >= 2; n -= 2, p += 4 * step) PutQuad(sink, Blend4(src, p, step), 0);
+  if (n > 0) sink.Pair(LinearAt(src, p), LinearAt(src, p + step));
 }
 
 // 2.5x phases of one source pair a, b with c the pixel after: positions 0,
@@ -183,10 +236,21 @@ void _convert(const ImgPrcContext* ctx, uint32_t* out, uint16_t yPair0, uint16_t
   out[3] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1 >> 8)), t);
 }
 
+// Two entries a round on 32-bit lanes (see Blend4); the high lanes are
+// computed and masked to 0.
 void VLerp(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t w, int32_t count) {
-  const uint64_t wb = static_cast<uint64_t>(w);
-  const uint64_t wa = 32 - wb;
-  for (int32_t i = 0; i < count; ++i) out[i] = ((wa * a[i] + wb * b[i]) >> 5) & kSpreadMask;
+  const uint32_t wb = static_cast<uint32_t>(w);
+  const U32x4 mask = {static_cast<uint32_t>(kSpreadMask), 0, static_cast<uint32_t>(kSpreadMask), 0};
+  int32_t i = 0;
+  for (; i + 2 <= count; i += 2) {
+    U32x4 x, y;
+    memcpy(&x, a + i, 16);
+    memcpy(&y, b + i, 16);
+    const U32x4 v = (((x << 5) + wb * (y - x)) >> 5) & mask;
+    memcpy(out + i, &v, 16);
+  }
+  const uint64_t wb64 = wb;
+  for (; i < count; ++i) out[i] = (((32 - wb64) * a[i] + wb64 * b[i]) >> 5) & kSpreadMask;
 }
 
 void VLerp_12(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t count) {
