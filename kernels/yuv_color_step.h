@@ -13,7 +13,7 @@ namespace scrim {
 
 // Clamp order matters for no result but is kept as the tables expect it: upper
 // bound first, then lower.
-inline ptrdiff_t ClampTo(ptrdiff_t v, ptrdiff_t hi) {
+constexpr ptrdiff_t ClampTo(ptrdiff_t v, ptrdiff_t hi) {
   v = v > hi ? hi : v;
   return v < 0 ? 0 : v;
 }
@@ -92,11 +92,28 @@ inline uint16_t Rgb555Opaque(ptrdiff_t l, ChromaTerms t) {
 
 // Spread pixel of the line interpolators: red 6 bits at bit 21, green 6 bits
 // at bit 10, blue 5 bits at bit 0, zero everywhere else.
+// The clamps are looked up as for RGB565, over the same index ranges, with the
+// fields already in place.
+struct SpreadClampTables {
+  uint32_t red[384];    // (sum >> 9) + 128 -> clamped red << 21
+  uint32_t green[384];  // (sum >> 9) + 128 -> clamped green << 10
+  uint32_t blue[192];   // (sum >> 10) + 64 -> clamped blue
+};
+constexpr SpreadClampTables MakeSpreadClampTables() {
+  SpreadClampTables t{};
+  for (int i = 0; i < 384; ++i) {
+    const uint32_t v = static_cast<uint32_t>(ClampTo(i - 128, 63));
+    t.red[i] = v << 21;
+    t.green[i] = v << 10;
+  }
+  for (int i = 0; i < 192; ++i) t.blue[i] = static_cast<uint32_t>(ClampTo(i - 64, 31));
+  return t;
+}
+inline constexpr SpreadClampTables kSpreadClamp = MakeSpreadClampTables();
+
 inline uint32_t SpreadRgb(ptrdiff_t l, ChromaTerms t) {
-  const uint32_t r = static_cast<uint32_t>(ClampTo((l + t.r) >> 9, 63));
-  const uint32_t g = static_cast<uint32_t>(ClampTo((l + t.g) >> 9, 63));
-  const uint32_t b = static_cast<uint32_t>(ClampTo((l + t.b) >> 10, 31));
-  return r << 21 | g << 10 | b;
+  return (kSpreadClamp.red + 128)[(l + t.r) >> 9] | (kSpreadClamp.green + 128)[(l + t.g) >> 9] |
+         (kSpreadClamp.blue + 64)[(l + t.b) >> 10];
 }
 
 // The same values with red and blue exchanged: 5-bit blue in the red field,
