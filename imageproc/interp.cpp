@@ -190,11 +190,31 @@ void Phases23(uint64_t a, uint64_t b, uint64_t c, uint64_t d, uint64_t e, Sink& 
   sink.Pair(11 * c + 21 * d, 21 * d + 11 * e);
 }
 
+// Two rounds (s[0..7], e the pixel after) as three quads of linear blends
+// L * 32 + f * (R - L) on 32-bit lanes (see Blend4).
+template <class Sink>
+void DoublePhases23(const uint64_t* s, uint32_t e, Sink& sink) {
+  const U32x4 s01 = LoadEntryPair(s, 0), s23 = LoadEntryPair(s, 2);
+  const U32x4 s45 = LoadEntryPair(s, 4), s67 = LoadEntryPair(s, 6);
+  const U32x4 e4 = {e, 0, 0, 0};
+  const U32x4 l0 = __builtin_shufflevector(s01, s23, 0, 0, 2, 4);
+  const U32x4 r0 = __builtin_shufflevector(s01, s23, 2, 2, 4, 6);
+  const U32x4 l1 = __builtin_shufflevector(s23, s45, 0, 2, 4, 4);
+  const U32x4 r1 = __builtin_shufflevector(s23, s45, 2, 4, 6, 6);
+  const U32x4 l2 = __builtin_shufflevector(s45, s67, 2, 4, 4, 6);
+  const U32x4 r2 = __builtin_shufflevector(s67, e4, 0, 2, 2, 4);
+  PutQuad(sink, (l0 << 5) + U32x4{0, 21, 11, 0} * (r0 - l0), 0);
+  PutQuad(sink, (l1 << 5) + U32x4{21, 11, 0, 21} * (r1 - l1), 0);
+  PutQuad(sink, (l2 << 5) + U32x4{11, 0, 21, 11} * (r2 - l2), 0);
+}
+
+// (width >> 2) rounds, at least one; the last blends its last pixel with
+// itself.
 template <class Sink>
 void Stretch23(const uint64_t* s, int32_t width, Sink sink) {
-  const int32_t rounds = width >> 2;
-  for (int32_t n = 1; n < rounds; ++n, s += 4) Phases23(s[0], s[1], s[2], s[3], s[4], sink);
-  Phases23(s[0], s[1], s[2], s[3], s[3], sink);
+  int32_t n = width >> 2 < 1 ? 1 : width >> 2;
+  for (; n >= 2; n -= 2, s += 8) DoublePhases23(s, static_cast<uint32_t>(n == 2 ? s[7] : s[8]), sink);
+  if (n == 1) Phases23(s[0], s[1], s[2], s[3], s[3], sink);
 }
 
 template <uint32_t (*Spread)(ptrdiff_t, ChromaTerms)>
