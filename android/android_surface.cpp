@@ -20,7 +20,6 @@ struct SurfaceRecord {
 };
 
 // The diagnostics print addresses with %x: their low 32 bits.
-unsigned Low32(const void* p) { return static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)); }
 
 // The JDK's and the NDK's headers disagree on the type of the environment argument.
 jint AttachThread(JavaVM* vm, JNIEnv** env) {

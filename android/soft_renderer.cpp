@@ -37,8 +37,6 @@ uint32_t MatrixCode(uint32_t h264Matrix) {
   }
 }
 
-unsigned Low32(const void* p) { return static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)); }
-
 uint32_t AlignDown16(int32_t v) { return static_cast<uint32_t>(v) & ~15u; }
 
 // Where the image processor writes into a locked buffer. YV12 windows hold Y,

@@ -39,17 +39,19 @@ class CursorBlockWriter {
   ptrdiff_t rowOffset_ = 0;
 };
 
-// Two rows of 16-bit pixels, pitch bytes apart, row pairs 2 * pitch apart.
-class PlainBlockWriter {
+// Two rows pitch bytes apart, row pairs 2 * pitch apart; Pair decides how a
+// row's two pixels of a block are stored and how far apart blocks lie.
+template <class Pair>
+class RowsBlockWriter {
  public:
-  PlainBlockWriter(uint8_t* dst, int32_t pitch) : dst_(dst), pitch_(pitch) {}
+  RowsBlockWriter(uint8_t* dst, int32_t pitch) : dst_(dst), pitch_(pitch) {}
   void RowPair(int32_t k) {
     row0_ = dst_ + static_cast<ptrdiff_t>(k) * 2 * pitch_;
     row1_ = row0_ + pitch_;
   }
   void Block(int32_t m, uint16_t p00, uint16_t p10, uint16_t p01, uint16_t p11) {
-    Store32(row0_ + 4 * m, static_cast<uint32_t>(p00) | static_cast<uint32_t>(p10) << 16);
-    Store32(row1_ + 4 * m, static_cast<uint32_t>(p01) | static_cast<uint32_t>(p11) << 16);
+    Pair::Store(row0_ + Pair::kBytes * m, p00, p10);
+    Pair::Store(row1_ + Pair::kBytes * m, p01, p11);
   }
 
  private:
@@ -59,29 +61,24 @@ class PlainBlockWriter {
   uint8_t* row1_ = nullptr;
 };
 
-// Each row's pixel pair as a 32-bit value sign-extended into a 64-bit word,
-// words 8 bytes apart; rows pitch bytes apart.
-class WidePairBlockWriter {
- public:
-  WidePairBlockWriter(uint8_t* dst, int32_t pitch) : dst_(dst), pitch_(pitch) {}
-  void RowPair(int32_t k) {
-    row0_ = dst_ + static_cast<ptrdiff_t>(k) * 2 * pitch_;
-    row1_ = row0_ + pitch_;
+// Packed 16-bit pixels: the pair as one 32-bit word, first pixel low.
+struct PackedPair {
+  static constexpr ptrdiff_t kBytes = 4;
+  static void Store(uint8_t* at, uint16_t lo, uint16_t hi) {
+    Store32(at, static_cast<uint32_t>(lo) | static_cast<uint32_t>(hi) << 16);
   }
-  void Block(int32_t m, uint16_t p00, uint16_t p10, uint16_t p01, uint16_t p11) {
-    Store64(row0_ + 8 * m, Widen(p00, p10));
-    Store64(row1_ + 8 * m, Widen(p01, p11));
-  }
+};
 
- private:
-  static uint64_t Widen(uint16_t lo, uint16_t hi) {
+// The pair as a 32-bit value sign-extended into a 64-bit word, words 8 bytes apart.
+struct WidePair {
+  static constexpr ptrdiff_t kBytes = 8;
+  static void Store(uint8_t* at, uint16_t lo, uint16_t hi) {
     const int32_t v = static_cast<int32_t>(static_cast<uint32_t>(lo) | static_cast<uint32_t>(hi) << 16);
-    return static_cast<uint64_t>(static_cast<int64_t>(v));
+    Store64(at, static_cast<uint64_t>(static_cast<int64_t>(v)));
   }
-  uint8_t* dst_;
-  ptrdiff_t pitch_;
-  uint8_t* row0_ = nullptr;
-  uint8_t* row1_ = nullptr;
 };
+
+using PlainBlockWriter = RowsBlockWriter<PackedPair>;
+using WidePairBlockWriter = RowsBlockWriter<WidePair>;
 
 }  // namespace scrim

@@ -14,8 +14,6 @@ __attribute__((format(printf, 2, 3))) void ScrimLog(int level, const char* forma
   va_end(args);
 }
 
-unsigned Low32(const void* p) { return static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)); }
-
 // Copies a value to the host's buffer and reports its size when asked to.
 template <typename T>
 KVRESULT ReturnValue(const T& value, void* pPropData, unsigned long* pcbReturned, bool reportSize) {

@@ -15,7 +15,6 @@ __attribute__((format(printf, 2, 3))) void ScrimLog(int level, const char* forma
   va_end(args);
 }
 
-unsigned Low32(const void* p) { return static_cast<unsigned>(reinterpret_cast<uintptr_t>(p)); }
 }  // namespace
 
 CScrimPresentStream::CScrimPresentStream(VP_OPEN_STREAM_PARAMS* pOpenParams, void* surface, void*) {
