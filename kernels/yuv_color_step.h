@@ -55,30 +55,34 @@ inline ChromaTerms ChromaTermsOf(const ColorTables& tab, uint8_t cb, uint8_t cr)
 // to 0..63. The clamps are looked up rather than compared: luma entries are
 // 0..65535 and terms -65536..65535, so the shifted sums stay in -64..127
 // (>> 10) and -128..255 (>> 9), which index these tables directly.
+// One clamped colour field, already shifted into place, indexed by a shifted
+// sum plus `bias` (the table's first entry stands for -bias).
+template <typename T, int N>
+struct FieldClamp {
+  T at[N];
+};
+template <typename T, int N>
+constexpr FieldClamp<T, N> MakeFieldClamp(int bias, int max, int shift) {
+  FieldClamp<T, N> f{};
+  for (int i = 0; i < N; ++i) f.at[i] = static_cast<T>(ClampTo(i - bias, max) << shift);
+  return f;
+}
+
 struct Rgb565ClampTables {
-  uint16_t red[192];    // (sum >> 10) + 64 -> clamped red << 11
-  uint16_t green[384];  // (sum >> 9) + 128 -> clamped green << 5
-  uint16_t blue[192];   // (sum >> 10) + 64 -> clamped blue
+  FieldClamp<uint16_t, 192> red;    // (sum >> 10) + 64 -> clamped red << 11
+  FieldClamp<uint16_t, 384> green;  // (sum >> 9) + 128 -> clamped green << 5
+  FieldClamp<uint16_t, 192> blue;   // (sum >> 10) + 64 -> clamped blue
 };
 constexpr Rgb565ClampTables MakeRgb565ClampTables() {
-  Rgb565ClampTables t{};
-  for (int i = 0; i < 192; ++i) {
-    const int v = i - 64 < 0 ? 0 : (i - 64 > 31 ? 31 : i - 64);
-    t.red[i] = static_cast<uint16_t>(v << 11);
-    t.blue[i] = static_cast<uint16_t>(v);
-  }
-  for (int i = 0; i < 384; ++i) {
-    const int v = i - 128 < 0 ? 0 : (i - 128 > 63 ? 63 : i - 128);
-    t.green[i] = static_cast<uint16_t>(v << 5);
-  }
-  return t;
+  return {MakeFieldClamp<uint16_t, 192>(64, 31, 11), MakeFieldClamp<uint16_t, 384>(128, 63, 5),
+          MakeFieldClamp<uint16_t, 192>(64, 31, 0)};
 }
 inline constexpr Rgb565ClampTables kRgb565Clamp = MakeRgb565ClampTables();
 
 inline uint16_t Rgb565(ptrdiff_t l, ChromaTerms t) {
-  return static_cast<uint16_t>((kRgb565Clamp.red + 64)[(l + t.r) >> 10] |
-                               (kRgb565Clamp.green + 128)[(l + t.g) >> 9] |
-                               (kRgb565Clamp.blue + 64)[(l + t.b) >> 10]);
+  return static_cast<uint16_t>((kRgb565Clamp.red.at + 64)[(l + t.r) >> 10] |
+                               (kRgb565Clamp.green.at + 128)[(l + t.g) >> 9] |
+                               (kRgb565Clamp.blue.at + 64)[(l + t.b) >> 10]);
 }
 
 // RGB555 as the keyed kernel writes it: R in 15-11, G in 10-6, B in 5-1 and
@@ -95,25 +99,19 @@ inline uint16_t Rgb555Opaque(ptrdiff_t l, ChromaTerms t) {
 // The clamps are looked up as for RGB565, over the same index ranges, with the
 // fields already in place.
 struct SpreadClampTables {
-  uint32_t red[384];    // (sum >> 9) + 128 -> clamped red << 21
-  uint32_t green[384];  // (sum >> 9) + 128 -> clamped green << 10
-  uint32_t blue[192];   // (sum >> 10) + 64 -> clamped blue
+  FieldClamp<uint32_t, 384> red;    // (sum >> 9) + 128 -> clamped red << 21
+  FieldClamp<uint32_t, 384> green;  // (sum >> 9) + 128 -> clamped green << 10
+  FieldClamp<uint32_t, 192> blue;   // (sum >> 10) + 64 -> clamped blue
 };
 constexpr SpreadClampTables MakeSpreadClampTables() {
-  SpreadClampTables t{};
-  for (int i = 0; i < 384; ++i) {
-    const uint32_t v = static_cast<uint32_t>(ClampTo(i - 128, 63));
-    t.red[i] = v << 21;
-    t.green[i] = v << 10;
-  }
-  for (int i = 0; i < 192; ++i) t.blue[i] = static_cast<uint32_t>(ClampTo(i - 64, 31));
-  return t;
+  return {MakeFieldClamp<uint32_t, 384>(128, 63, 21), MakeFieldClamp<uint32_t, 384>(128, 63, 10),
+          MakeFieldClamp<uint32_t, 192>(64, 31, 0)};
 }
 inline constexpr SpreadClampTables kSpreadClamp = MakeSpreadClampTables();
 
 inline uint32_t SpreadRgb(ptrdiff_t l, ChromaTerms t) {
-  return (kSpreadClamp.red + 128)[(l + t.r) >> 9] | (kSpreadClamp.green + 128)[(l + t.g) >> 9] |
-         (kSpreadClamp.blue + 64)[(l + t.b) >> 10];
+  return (kSpreadClamp.red.at + 128)[(l + t.r) >> 9] | (kSpreadClamp.green.at + 128)[(l + t.g) >> 9] |
+         (kSpreadClamp.blue.at + 64)[(l + t.b) >> 10];
 }
 
 // The same values with red and blue exchanged: 5-bit blue in the red field,
