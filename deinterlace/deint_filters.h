@@ -22,6 +22,13 @@ enum DeintLayout : unsigned {
   DEINT_LAYOUT_444 = 2,  // full size
 };
 
+// How many bytes modes 2 to 6 move per line: the source pitch, or no more
+// than the destination pitch (what the image processor's work area holds).
+enum DeintLineWidth : unsigned {
+  DEINT_LINE_SOURCE_PITCH = 0,
+  DEINT_LINE_FITS_DESTINATION = 1,
+};
+
 // Byte clamp indexed by value + 1024: 0 below index 1024, 255 above 1279.
 constexpr int kDeintClipBias = 1024;
 extern const std::array<uint8_t, 2304> deint_clip_table;
@@ -49,13 +56,15 @@ unsigned deint_plane_height(unsigned plane, unsigned height, unsigned layout);
 int picture_deinterlace_fast(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned width,
                              unsigned height);
 int picture_deinterlace_discard(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                                unsigned field);
+                                unsigned field, DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);
 int picture_deinterlace_bob(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                            unsigned field);
-int picture_deinterlace_blend(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height);
-int picture_deinterlace_mean(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height);
+                            unsigned field, DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);
+int picture_deinterlace_blend(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                              DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);
+int picture_deinterlace_mean(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                             DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);
 int picture_deinterlace_linear(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                               unsigned field);
+                               unsigned field, DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);
 int picture_deinterlace_x(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned width,
                           unsigned height);
 
@@ -63,4 +72,4 @@ int picture_deinterlace_x(DeintPicture* dst, const DeintPicture* src, unsigned l
 // 6 linear, 7 x, 8 and above fast). -1 for a null record, else 0: a filter
 // that refuses its arguments is not reported.
 int DeInterlace(DeintPicture* dst, DeintPicture* src, unsigned width, unsigned height, unsigned field,
-                unsigned layout, unsigned mode);
+                unsigned layout, unsigned mode, DeintLineWidth lineWidth = DEINT_LINE_SOURCE_PITCH);

@@ -10,26 +10,26 @@ unsigned deint_plane_height(unsigned plane, unsigned height, unsigned layout) {
 }
 
 int DeInterlace(DeintPicture* dst, DeintPicture* src, unsigned width, unsigned height, unsigned field,
-                unsigned layout, unsigned mode) {
+                unsigned layout, unsigned mode, DeintLineWidth lineWidth) {
   if (dst == nullptr || src == nullptr) return -1;
   // What a filter returns is not passed on: a picture it refuses stays as it was.
   switch (mode) {
     case 0:
       return 0;
     case 2:
-      picture_deinterlace_discard(dst, src, layout, height, field);
+      picture_deinterlace_discard(dst, src, layout, height, field, lineWidth);
       break;
     case 3:
-      picture_deinterlace_bob(dst, src, layout, height, field);
+      picture_deinterlace_bob(dst, src, layout, height, field, lineWidth);
       break;
     case 4:
-      picture_deinterlace_blend(dst, src, layout, height);
+      picture_deinterlace_blend(dst, src, layout, height, lineWidth);
       break;
     case 5:
-      picture_deinterlace_mean(dst, src, layout, height);
+      picture_deinterlace_mean(dst, src, layout, height, lineWidth);
       break;
     case 6:
-      picture_deinterlace_linear(dst, src, layout, height, field);
+      picture_deinterlace_linear(dst, src, layout, height, field, lineWidth);
       break;
     case 7:
       picture_deinterlace_x(dst, src, layout, width, height);
@@ -54,6 +54,9 @@ extern "C" SCRIM_API int ORU_DeInterlace(ImgPrcContext* ctx, uint8_t* srcPlanes[
       3, {srcPlanes[0], srcPlanes[1], srcPlanes[2]}, {srcPitches[0], srcPitches[1], srcPitches[2]}};
   DeintPicture dst{
       3, {dstPlanes[0], dstPlanes[1], dstPlanes[2]}, {dstPitches[0], dstPitches[1], dstPitches[2]}};
+  // The destination is the image processor's work area, whose lines are the
+  // picture width rounded up to 16: a wider source pitch must not carry its
+  // copies past the area's end.
   return DeInterlace(&dst, &src, ctx->srcWidth, ctx->srcHeight, 0, static_cast<unsigned>(layout),
-                     ctx->deinterlaceMode);
+                     ctx->deinterlaceMode, DEINT_LINE_FITS_DESTINATION);
 }

@@ -5,8 +5,12 @@
 // width: a destination whose pitch is narrower than the source's therefore
 // gets each line's tail overwritten by the next line, and its last line runs
 // pitch minus destination pitch bytes past the plane. Lines are written top to
-// bottom so that the visible part of each line is right. The image processor's
-// work area has a spare fourth plane after Cr to take that run-over.
+// bottom so that the visible part of each line is right.
+//
+// The image processor's work area is sized from the picture width, while a
+// decoder's pitch can be any size (a picture cut out of a 1920-wide frame), so
+// for it ORU_DeInterlace asks for lines no wider than the destination pitch.
+// The part of each line that stays visible is the same either way.
 //
 // Per-plane heights follow the chroma layout; modes 2 to 5 act on layouts 0
 // and 1 only and leave a 4:4:4 picture as it is. In layout 1 the chroma planes
@@ -31,6 +35,7 @@ struct FieldPlane {
   size_t dstPitch;
   const uint8_t* src;
   size_t srcPitch;
+  size_t lineBytes;  // bytes copied or merged per line
   unsigned h;
   // Layout 1 chroma: one destination line per two source lines.
   bool stepTwo;
@@ -38,26 +43,30 @@ struct FieldPlane {
   uint8_t* D(unsigned y) const { return dst + y * dstPitch; }
   const uint8_t* S(unsigned y) const { return src + y * srcPitch; }
   // Destination line o := source line i.
-  void copy(unsigned o, unsigned i) const { memmove(D(o), S(i), srcPitch); }
+  void copy(unsigned o, unsigned i) const { memmove(D(o), S(i), lineBytes); }
   // Destination line o := average of source lines i and j.
-  void merge(unsigned o, unsigned i, unsigned j) const { Merge(D(o), S(i), S(j), srcPitch); }
+  void merge(unsigned o, unsigned i, unsigned j) const { Merge(D(o), S(i), S(j), lineBytes); }
 };
 
 typedef void (*FieldPlaneFilter)(const FieldPlane& p, unsigned field);
 
 // The walk over the planes shared by modes 2 to 6.
 int for_each_plane(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                   unsigned field, bool fullSizeChromaToo, FieldPlaneFilter filter) {
+                   unsigned field, DeintLineWidth lineWidth, bool fullSizeChromaToo,
+                   FieldPlaneFilter filter) {
   if (dst == nullptr || src == nullptr) return -1;
   if (layout > DEINT_LAYOUT_444) return -1;
   if (layout == DEINT_LAYOUT_444 && !fullSizeChromaToo) return 0;
   unsigned planes = src->planeCount < 3 ? src->planeCount : 3;
   for (unsigned i = 0; i < planes; ++i) {
     if (src->planes[i] == nullptr || dst->planes[i] == nullptr) continue;
+    const size_t srcPitch = src->pitches[i], dstPitch = dst->pitches[i];
+    const bool fit = lineWidth == DEINT_LINE_FITS_DESTINATION && dstPitch < srcPitch;
     FieldPlane p{dst->planes[i],
-                 dst->pitches[i],
+                 dstPitch,
                  src->planes[i],
-                 src->pitches[i],
+                 srcPitch,
+                 fit ? dstPitch : srcPitch,
                  deint_plane_height(i, height, layout),
                  layout == DEINT_LAYOUT_422 && i > 0};
     if (p.h == 0) continue;
@@ -119,7 +128,7 @@ void mean_plane(const FieldPlane& p, unsigned) {
       break;
     }
     p.merge(o, o, o + 1);
-    memmove(p.D(o + 1), p.D(o), p.srcPitch);
+    memmove(p.D(o + 1), p.D(o), p.lineBytes);
   }
 }
 
@@ -142,25 +151,27 @@ void linear_plane(const FieldPlane& p, unsigned field) {
 }  // namespace
 
 int picture_deinterlace_discard(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                                unsigned field) {
-  return for_each_plane(dst, src, layout, height, field, false, discard_plane);
+                                unsigned field, DeintLineWidth lineWidth) {
+  return for_each_plane(dst, src, layout, height, field, lineWidth, false, discard_plane);
 }
 
 int picture_deinterlace_bob(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                            unsigned field) {
-  return for_each_plane(dst, src, layout, height, field, false, bob_plane);
+                            unsigned field, DeintLineWidth lineWidth) {
+  return for_each_plane(dst, src, layout, height, field, lineWidth, false, bob_plane);
 }
 
-int picture_deinterlace_blend(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height) {
-  return for_each_plane(dst, src, layout, height, 0, false, blend_plane);
+int picture_deinterlace_blend(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                              DeintLineWidth lineWidth) {
+  return for_each_plane(dst, src, layout, height, 0, lineWidth, false, blend_plane);
 }
 
-int picture_deinterlace_mean(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height) {
-  return for_each_plane(dst, src, layout, height, 0, false, mean_plane);
+int picture_deinterlace_mean(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
+                             DeintLineWidth lineWidth) {
+  return for_each_plane(dst, src, layout, height, 0, lineWidth, false, mean_plane);
 }
 
 // 4:4:4 pictures get the full height on every plane here, as in mode 7.
 int picture_deinterlace_linear(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned height,
-                               unsigned field) {
-  return for_each_plane(dst, src, layout, height, field, true, linear_plane);
+                               unsigned field, DeintLineWidth lineWidth) {
+  return for_each_plane(dst, src, layout, height, field, lineWidth, true, linear_plane);
 }

@@ -34,6 +34,12 @@ int Route(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
 
 int _ImgPrcOneFrame_depend(ImgPrcContext* ctx, uint8_t** srcPlanes, uint32_t* srcStrides, uint8_t** dstPlanes,
                            uint32_t* dstStrides) {
+  // A picture one pixel wide or high is processed as zero pixels: there is no
+  // line to convert and no position to resize from (the 16.16 step of a size
+  // 0 source is negative). Every route answers "not implemented" for it before
+  // anything is read or written.
+  if (ctx->workSrcWidth == 0 || ctx->workSrcHeight == 0 || ctx->workDstWidth == 0 || ctx->workDstHeight == 0)
+    return kImgPrcNoKernel;
   uint8_t* workPlanes[3] = {ctx->deintPlanes[0], ctx->deintPlanes[1], ctx->deintPlanes[2]};
   uint32_t workStrides[3] = {ctx->deintStride, ctx->deintStride, ctx->deintStride};
   ImgPrcFrameIO io = {srcPlanes, srcStrides, dstPlanes, dstStrides};

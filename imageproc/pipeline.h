@@ -26,7 +26,7 @@ int _ImgPrcInit_depend(ImgPrcContext* ctx);
 
 // Converts one frame: deinterlacing, destination addressing, one kernel.
 // 0, or the negative result of the deinterlacer or the rotation set-up, or -3
-// for a route whose kernel is not there.
+// for a route whose kernel is not there or a work size of 0.
 int _ImgPrcOneFrame_depend(ImgPrcContext* ctx, uint8_t** srcPlanes, uint32_t* srcStrides, uint8_t** dstPlanes,
                            uint32_t* dstStrides);
 

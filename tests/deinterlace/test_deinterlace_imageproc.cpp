@@ -18,12 +18,12 @@ constexpr unsigned kW = 32, kH = 16;
 
 struct Instance {
   void* handle = nullptr;
-  Instance() {
+  explicit Instance(unsigned w = kW, unsigned h = kH) {
     ImgPrcCreateParams p{};
     p.size = sizeof p;
     p.format = 0x000;
-    p.srcWidth = p.dstWidth = kW;
-    p.srcHeight = p.dstHeight = kH;
+    p.srcWidth = p.dstWidth = w;
+    p.srcHeight = p.dstHeight = h;
     EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
   }
   ~Instance() { ORU_IMAGEPROC_Destroy(handle); }
@@ -40,10 +40,10 @@ Picture source(uint32_t seed) {
   return p;
 }
 
-Picture destination() {
+Picture destination(unsigned width = kW, unsigned height = kH) {
   Picture p;
   for (int i = 0; i < 3; ++i) {
-    unsigned w = i ? kW / 2 : kW, h = i ? kH / 2 : kH;
+    unsigned w = i ? width / 2 : width, h = i ? height / 2 : height;
     p.planes[i].pitch = w;
     p.planes[i].bytes.assign(size_t(w) * h, 0xEE);
   }
@@ -118,6 +118,30 @@ TEST(DeinterlaceThroughImageProcessor, FastFilterOnAnInterlacedPicture) {
   // Where the fields disagree (columns w/2 .. w/2+3) the odd lines lean to
   // the even field: -30 + 4·220 + 2·30 + 4·220 - 30 + 4 = 1764 >> 3 = 220.
   EXPECT_EQ(dst.planes[0].at(5, kW / 2 + 1), 220);
+}
+
+TEST(DeinterlaceThroughImageProcessor, PictureCutOutOfAWiderFrameComesOutAsWithATightPitch) {
+  // A 16 x 16 picture inside a 1920-wide frame: the work area's lines are 16
+  // bytes, so the line-doubling and merging modes must not copy whole source
+  // pitches into it (AddressSanitizer sees any byte past the area).
+  for (uint32_t mode = 2; mode <= 6; ++mode) {
+    SCOPED_TRACE(testing::Message() << "mode " << mode);
+    std::mt19937 rng(mode);
+    Picture wide, tight;
+    for (int i = 0; i < 3; ++i) {
+      const unsigned w = i ? 8 : 16, pitch = i ? 960 : 1920;
+      wide.planes[i] = random_plane(w, pitch, pitch, rng);
+      tight.planes[i].pitch = w;
+      for (unsigned y = 0; y < w; ++y)  // planes are w lines high too (16 x 16, 4:2:0)
+        tight.planes[i].bytes.insert(tight.planes[i].bytes.end(), wide.planes[i].row(y),
+                                     wide.planes[i].row(y) + w);
+    }
+    Instance a(16, 16), b(16, 16);
+    Picture fromWide = destination(16, 16), fromTight = destination(16, 16);
+    ASSERT_EQ(frame(a, wide, fromWide, mode), IMGPRC_OK);
+    ASSERT_EQ(frame(b, tight, fromTight, mode), IMGPRC_OK);
+    expect_same(fromWide, fromTight);
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "imageproc/imgprc_alloc.h"
@@ -154,6 +155,34 @@ TEST(Frame, RoutesWithoutAKernelReportNotImplemented) {
     MakeFor(dst, c.format & 0xFF, 50);
     MakeFor(before, c.format & 0xFF, 50);
     EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_NOTIMPL);
+    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
+  }
+}
+
+// A size of 1 is processed as 0: no pixel to read or to resize from. Every
+// route, with or without a kernel, reports not implemented and writes nothing.
+TEST(Frame, PictureOnePixelWideOrHighIsRefused) {
+  struct Case {
+    uint32_t format, sw, sh, dw, dh, rotation;
+  };
+  const Case cases[] = {{0x003, 1, 8, 8, 8, 0},   {0x003, 8, 1, 8, 8, 0}, {0x003, 1, 248, 3, 245, 1},
+                        {0x003, 8, 8, 1, 8, 0},   {0x003, 1, 1, 1, 1, 0}, {0x000, 1, 8, 1, 8, 0},
+                        {0x000, 8, 1, 16, 16, 3}, {0x00A, 1, 8, 8, 8, 0}, {0x105, 1, 1, 1, 1, 0},
+                        {0x303, 16, 8, 16, 1, 2}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << c.format << std::dec << " " << c.sw << "x" << c.sh
+                                    << " to " << c.dw << "x" << c.dh << " rotation " << c.rotation);
+    Instance inst({c.format, c.sw, c.sh, c.dw, c.dh, c.rotation});
+    ASSERT_EQ(inst.result(), IMGPRC_OK);
+    const uint32_t side = std::max({c.sw, c.sh, c.dw, c.dh}) * 4;
+    Picture src, dst, before;
+    for (int p = 0; p < PlanesOf(static_cast<int32_t>(c.format) >> 8); ++p)
+      src.AddPlane(p, side, side, side, 1);
+    for (int p = 0; p < PlanesOf(c.format & 0xFF); ++p) {
+      dst.AddPlane(p, side, side, side, 7);
+      before.AddPlane(p, side, side, side, 7);
+    }
+    EXPECT_EQ(Frame(inst, src, dst, 3), IMGPRC_E_NOTIMPL);
     for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
   }
 }
