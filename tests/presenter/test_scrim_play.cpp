@@ -69,12 +69,15 @@ TEST(Y4mReader, ReadsPicturesAndHeaderFields) {
   EXPECT_FALSE(r.read(p));
   EXPECT_EQ("", r.error());
 
-  // Without F and I fields: 25 progressive pictures a second.
-  TempFile bare("YUV4MPEG2 W2 H2\n");
+  // Without F and I fields: 25 progressive pictures a second. Lines may end
+  // in CR LF.
+  TempFile bare("YUV4MPEG2 W2 H2\r\nFRAME\r\n" + PictureBytes(2, 2, 'B'));
   Y4mReader d;
   ASSERT_TRUE(d.open(bare.path)) << d.error();
   EXPECT_EQ(40000, d.rate().frameUs());
   EXPECT_FALSE(d.interlaced());
+  ASSERT_TRUE(d.read(p)) << d.error();
+  EXPECT_EQ('B', p.y[0]);
   EXPECT_FALSE(d.read(p));
   EXPECT_EQ("", d.error());
 }
@@ -120,6 +123,8 @@ TEST(Y4mReader, ReportsDamagedPictures) {
       {"FRAME\n" + PictureBytes(4, 2, 'A') + "FRAMEX\n", "picture 1: expected \"FRAME\""},
       {"JUNK\n", "picture 0: expected \"FRAME\", found \"JUNK\""},
       {"FRAME", "picture 0: damaged FRAME line"},
+      {"FRAME\v\n", "picture 0: expected \"FRAME\", found \"FRAME\\x0B\""},
+      {"", "no pictures: the file ends after its header"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
@@ -131,6 +136,19 @@ TEST(Y4mReader, ReportsDamagedPictures) {
     }
     EXPECT_NE(std::string::npos, r.error().find(c.message)) << r.error();
   }
+}
+
+TEST(Y4mReader, RefusesAPictureTheFileCannotHoldBeforeAllocatingIt) {
+  // 16384 x 16384 claims 384 MiB a picture; the file holds 6 bytes of it.
+  TempFile f("YUV4MPEG2 W16384 H16384\nFRAME\nabcdef");
+  Y4mReader r;
+  ASSERT_TRUE(r.open(f.path));
+  Picture p;
+  EXPECT_FALSE(r.read(p));
+  EXPECT_NE(std::string::npos,
+            r.error().find("picture 0 is cut short: 6 bytes left, a picture takes 402653184"))
+      << r.error();
+  EXPECT_TRUE(p.y.empty());
 }
 
 TEST(Options, BuildTheColourFormatWord) {

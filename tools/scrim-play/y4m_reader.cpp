@@ -12,7 +12,9 @@ namespace {
 const size_t kMaxLine = 4096;
 const int kMaxSize = 16384;
 
-// Reads one '\n'-terminated line; false if none ends within kMaxLine bytes.
+// Reads one '\n'-terminated line, without a '\r' before the '\n' (files
+// written on Windows end their lines so); false if none ends within kMaxLine
+// bytes.
 bool readLine(FILE* f, std::string& line, bool& eof) {
   line.clear();
   eof = false;
@@ -22,7 +24,10 @@ bool readLine(FILE* f, std::string& line, bool& eof) {
       eof = line.empty();
       return false;
     }
-    if (c == '\n') return true;
+    if (c == '\n') {
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      return true;
+    }
     if (line.size() >= kMaxLine) return false;
     line.push_back(static_cast<char>(c));
   }
@@ -34,6 +39,23 @@ bool parseInt(const std::string& text, long& value) {
   errno = 0;
   value = strtol(text.c_str(), &end, 10);
   return errno == 0 && *end == '\0';
+}
+
+// The start of a line as a message can show it: other bytes than printable
+// ASCII are written as \xNN, so that a stray control character is named.
+std::string shown(const std::string& line) {
+  std::string out;
+  for (size_t i = 0; i < line.size() && i < 16; ++i) {
+    const unsigned char c = static_cast<unsigned char>(line[i]);
+    if (c >= 0x20 && c < 0x7F) {
+      out.push_back(static_cast<char>(c));
+    } else {
+      char hex[8];
+      snprintf(hex, sizeof hex, "\\x%02X", c);
+      out += hex;
+    }
+  }
+  return out;
 }
 
 }  // namespace
@@ -62,9 +84,8 @@ bool Y4mReader::open(const std::string& path) {
   struct stat st;
   long headerBytes = ftell(file_);
   if (fstat(fileno(file_), &st) == 0 && headerBytes > 0) {
-    long pictureBytes =
-        static_cast<long>(width_) * height_ + 2L * ((width_ + 1) / 2) * ((height_ + 1) / 2) + 6;  // "FRAME\n"
-    countHint_ = (static_cast<long>(st.st_size) - headerBytes) / pictureBytes;
+    if (S_ISREG(st.st_mode)) fileBytes_ = static_cast<long>(st.st_size);
+    countHint_ = (static_cast<long>(st.st_size) - headerBytes) / (pictureBytes() + 6);  // "FRAME\n"
   }
   return true;
 }
@@ -118,22 +139,34 @@ bool Y4mReader::parseHeader(const std::string& header) {
   return true;
 }
 
+long Y4mReader::pictureBytes() const {
+  return static_cast<long>(width_) * height_ + 2L * ((width_ + 1) / 2) * ((height_ + 1) / 2);
+}
+
 bool Y4mReader::read(Picture& picture) {
   error_.clear();
   std::string line;
   bool eof = false;
+  const std::string which = "picture " + std::to_string(pictureIndex_);
   if (!readLine(file_, line, eof)) {
-    if (eof) return false;
-    return fail("picture " + std::to_string(pictureIndex_) + ": damaged FRAME line");
+    if (!eof) return fail(which + ": damaged FRAME line");
+    if (pictureIndex_ == 0) return fail("no pictures: the file ends after its header");
+    return false;
   }
   if (line.compare(0, 5, "FRAME") != 0 || (line.size() > 5 && line[5] != ' '))
-    return fail("picture " + std::to_string(pictureIndex_) + ": expected \"FRAME\", found \"" +
-                line.substr(0, 16) + "\"");
+    return fail(which + ": expected \"FRAME\", found \"" + shown(line) + "\"");
+  // A regular file says how much it still holds: a picture it cannot hold is
+  // refused before its planes are allocated (a damaged header may claim
+  // 16384 x 16384, 384 MiB).
+  const long at = ftell(file_);
+  if (fileBytes_ >= 0 && at >= 0 && fileBytes_ - at < pictureBytes())
+    return fail(which + " is cut short: " + std::to_string(fileBytes_ - at) +
+                " bytes left, a picture takes " + std::to_string(pictureBytes()));
   picture.resize(width_, height_);
   if (fread(picture.y.data(), 1, picture.y.size(), file_) != picture.y.size() ||
       fread(picture.cb.data(), 1, picture.cb.size(), file_) != picture.cb.size() ||
       fread(picture.cr.data(), 1, picture.cr.size(), file_) != picture.cr.size())
-    return fail("picture " + std::to_string(pictureIndex_) + " is cut short");
+    return fail(which + " is cut short");
   ++pictureIndex_;
   return true;
 }

@@ -13,7 +13,7 @@ class Y4mReader {
   // Opens the file and reads its header; false with a message in error().
   bool open(const std::string& path);
   // Reads the next picture. False at the end of the file (error() empty) or
-  // on a damaged picture (error() says what).
+  // on a damaged picture or a file without any (error() says what).
   bool read(Picture& picture);
 
   int width() const { return width_; }
@@ -27,6 +27,7 @@ class Y4mReader {
  private:
   bool parseHeader(const std::string& header);
   bool fail(const std::string& message);
+  long pictureBytes() const;  // Y, Cb and Cr of one picture
 
   FILE* file_ = nullptr;
   std::string path_;
@@ -36,4 +37,5 @@ class Y4mReader {
   bool interlaced_ = false;
   long countHint_ = 0;
   long pictureIndex_ = 0;
+  long fileBytes_ = -1;  // size of a regular file, else -1
 };
