@@ -31,16 +31,18 @@ inline bool Verbose() {
   return on;
 }
 
-// Bytes that vary with a seed from the input: xorshift, cheap enough to fill
-// whole pictures on every run.
+// Bytes that vary with a seed from the input: xorshift, eight bytes a step,
+// cheap enough to fill whole pictures on every run.
 inline void Fill(uint8_t* p, size_t n, uint32_t seed) {
-  uint32_t x = seed | 1u;
-  for (size_t i = 0; i < n; ++i) {
+  uint64_t x = seed | 1u;
+  size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
     x ^= x << 13;
-    x ^= x >> 17;
-    x ^= x << 5;
-    p[i] = static_cast<uint8_t>(x >> 24);
+    x ^= x >> 7;
+    x ^= x << 17;
+    memcpy(p + i, &x, 8);
   }
+  for (; i < n; ++i) p[i] = static_cast<uint8_t>(x >> (8 * (i % 8)));
 }
 
 // One heap block of exactly n bytes (n may be 0: a valid pointer to nothing).
