@@ -195,10 +195,18 @@ void SourceSpans(const Conversion& c, const uint32_t strides[3], Span out[3]) {
     for (int i = 1; enlarging && i < 3; ++i)
       out[i] = Linear(PlaneRows(c.in, i, c.sh) + 1, strides[i], RowBytes(c.in, i, c.sw));
   }
-  // The unscaled 4:2:0 to RGB kernels step both chroma planes by the Cb stride.
+  // The 4:2:2 and 4:4:4 resizing kernels sample like the 4:2:0 Rsz, every
+  // plane with its unclamped row below.
+  if ((c.code == 0x103 && c.resizeCase != 0) || Is(c.code, {0x105, 0x109, 0x203, 0x204, 0x205, 0x209})) {
+    for (int i = 0; i < n; ++i)
+      out[i] = Linear(PlaneRows(c.in, i, c.sh) + 1, strides[i], RowBytes(c.in, i, c.sw));
+  }
+  // The unscaled 4:2:0 and 4:2:2 to RGB kernels step both chroma planes by
+  // the Cb stride.
   const bool unscaledRgb =
-      c.in == 0 &&
-      (c.out == 10 || ((c.out == 3 || c.out == 4 || c.out == 5 || c.out == 9) && c.resizeCase == 0));
+      (c.in == 0 &&
+       (c.out == 10 || ((c.out == 3 || c.out == 4 || c.out == 5 || c.out == 9) && c.resizeCase == 0))) ||
+      (c.code == 0x103 && c.resizeCase == 0);
   if (unscaledRgb) out[2] = Linear(PlaneRows(c.in, 2, c.sh), strides[1], RowBytes(c.in, 2, c.sw));
 }
 
