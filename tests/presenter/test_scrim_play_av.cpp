@@ -271,6 +271,53 @@ TEST_F(ScrimPlayAv, PostsTheDecodedPicturesInTheirColoursAndOnTime) {
     EXPECT_LE(p.Field("against the clock: +mean -?[0-9.]+ ms, worst (-?[0-9.]+) ms"), 100.0) << p.out;
   }
 }
+
+TEST_F(ScrimPlayAv, LargePicturesAssumeBt709AndLatePicturesCanBeDropped) {
+  // 1 ms apart, 720-line pictures written as PNG files cannot keep up.
+  const Clip clip{"mpeg4", AV_PIX_FMT_YUV420P, 1280, 720, {0, 1, 2, 3, 4, 5, 6, 7}, AVCOL_SPC_UNSPECIFIED,
+                  AVCOL_RANGE_UNSPECIFIED, false};
+  Encode(dir_ + "/big.mkv", clip);
+  const Played p = Play(dir_ + "/big.mkv --drop-late --out " + dir_ + "/out");
+  ASSERT_EQ(0, p.status) << p.out << p.err;
+  EXPECT_TRUE(std::regex_search(p.out, std::regex("BT.709 \\(unstated: by the picture height\\)"))) << p.out;
+  const double presented = p.Field("presented: +(\\d+)"), late = p.Field("late: +(\\d+)");
+  EXPECT_GE(late, 1);
+  EXPECT_EQ(late, p.Field("dropped: +(\\d+)"));
+  EXPECT_EQ(8, presented + late);
+}
+
+TEST_F(ScrimPlayAv, BadFilesGetClearMessages) {
+  const Clip clip{"ffv1", AV_PIX_FMT_YUV420P, 320, 240, std::vector<int64_t>(20), AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, false};
+  std::vector<int64_t>& pts = const_cast<std::vector<int64_t>&>(clip.ptsMs);
+  for (size_t i = 0; i < pts.size(); ++i) pts[i] = static_cast<int64_t>(i) * 10;
+  Encode(dir_ + "/good.mkv", clip);
+  std::string good = Slurp(dir_ + "/good.mkv"), unknown = good;
+  const size_t id = unknown.find("FFV1");  // the FOURCC that names the codec
+  ASSERT_NE(std::string::npos, id);
+  unknown.replace(id, 4, "ZZZ1");
+  std::string damaged = good;
+  for (size_t i = good.size() / 2; i < good.size() / 2 + 4000; ++i) damaged[i] = static_cast<char>(i * 7);
+  const std::string wav = std::string("RIFF\x2c\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\x08\0\0\0", 44) + std::string(8, '\0');
+  const struct {
+    const char *name, *args, *message;
+    std::string content;
+  } cases[] = {
+      {"missing.mkv", "", "missing.mkv: cannot open: No such file or directory", ""},
+      {"text.mkv", "", "text.mkv: not a media file FFmpeg can read", "just some text\n"},
+      {"sound.wav", "", "sound.wav: no video stream", wav},
+      {"good.mkv", "--stream 3", "good.mkv: there is no stream 3 \\(the file has 1\\)", good},
+      {"unknown.mkv", "", "unknown.mkv: no decoder in this FFmpeg for the video codec \"ZZZ1\"", unknown},
+      {"cut.mkv", "", "cut.mkv: damaged stream", good.substr(0, good.size() * 6 / 10)},
+      {"damaged.mkv", "", "damaged.mkv: damaged stream", damaged},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    if (!c.content.empty()) std::ofstream(dir_ + "/" + c.name) << c.content;
+    const Played p = Play(dir_ + "/" + c.name + " " + c.args + " --out " + dir_ + "/out");
+    EXPECT_EQ(1, p.status) << p.out << p.err;
+    EXPECT_TRUE(std::regex_search(p.err, std::regex(c.message))) << p.err;
+  }
+}
 #endif  // SCRIM_PLAY_AV_SKIP
 
 int main(int argc, char** argv) {

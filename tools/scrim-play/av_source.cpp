@@ -2,6 +2,8 @@
 
 #include <stdio.h>
 
+#include <mutex>
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -12,6 +14,26 @@ extern "C" {
 namespace {
 
 const AVRational kMicroseconds = {1, 1000000};
+
+// Demuxers and decoders that resynchronise past damage say so only in their
+// log: its errors are collected here (from any decoding thread) and read as damage.
+struct LogErrors {
+  std::mutex lock;
+  long count = 0;
+  std::string last;
+} gLogErrors;
+
+void CollectLogErrors(void* context, int level, const char* format, va_list args) {
+  if (level > AV_LOG_ERROR) return;
+  char line[256];
+  int prefix = 0;
+  av_log_format_line2(context, level, format, args, line, sizeof line, &prefix);
+  std::string text = line;
+  while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
+  std::lock_guard<std::mutex> hold(gLogErrors.lock);
+  ++gLogErrors.count;
+  gLogErrors.last = text;
+}
 
 std::string AvError(int code) {
   char buf[AV_ERROR_MAX_STRING_SIZE] = {0};
@@ -82,7 +104,12 @@ class AvSource : public PictureSource {
   }
   bool decode();
   void noteDamage(const std::string& what) {
-    if (damage_++ == 0) firstDamage_ = "after picture " + std::to_string(decoded_) + ": " + what;
+    if (damage_++ == 0) firstDamage_ = what;
+  }
+  void noteLogErrors() {
+    std::lock_guard<std::mutex> hold(gLogErrors.lock);
+    if (gLogErrors.count > logErrorsSeen_) noteDamage(gLogErrors.last);
+    logErrorsSeen_ = gLogErrors.count;
   }
   void convert(Picture& picture);
   void finish();
@@ -102,13 +129,14 @@ class AvSource : public PictureSource {
   int matrix_ = -1, range_ = -1;
   bool pending_ = false;  // frame_ holds a picture not handed out yet
   bool draining_ = false, ended_ = false;
-  long decoded_ = 0, converted_ = 0, damage_ = 0;
+  long decoded_ = 0, converted_ = 0, damage_ = 0, logErrorsSeen_ = 0;
   std::string firstDamage_;
   int64_t lastPtsUs_ = -1;
 };
 
 bool AvSource::open(const std::string& path, int stream) {
   path_ = path;
+  logErrorsSeen_ = gLogErrors.count;
   int r = avformat_open_input(&format_, path.c_str(), nullptr, nullptr);
   if (r == AVERROR_INVALIDDATA) return fail("not a media file FFmpeg can read (" + AvError(r) + ")");
   if (r < 0) return fail("cannot open: " + AvError(r));
@@ -129,9 +157,12 @@ bool AvSource::open(const std::string& path, int stream) {
 
   const AVCodecID id = stream_->codecpar->codec_id;
   const AVCodec* decoder = avcodec_find_decoder(id);
-  if (decoder == nullptr)
-    return fail(std::string("no decoder for the video codec \"") + avcodec_get_name(id) +
-                "\" in this FFmpeg");
+  if (decoder == nullptr) {
+    char tag[AV_FOURCC_MAX_STRING_SIZE] = {0};
+    av_fourcc_make_string(tag, stream_->codecpar->codec_tag);
+    return fail(std::string("no decoder in this FFmpeg for the video codec \"") +
+                (id == AV_CODEC_ID_NONE ? tag : avcodec_get_name(id)) + "\"");
+  }
   codec_ = avcodec_alloc_context3(decoder);
   packet_ = av_packet_alloc();
   frame_ = av_frame_alloc();
@@ -153,9 +184,8 @@ bool AvSource::open(const std::string& path, int stream) {
   // The first picture tells the size, the pixel format, the interlacing and
   // the colour description; it is handed out by the first next().
   if (!decode())
-    return fail(damage_ > 0
-                    ? "no picture could be decoded (" + firstDamage_.substr(firstDamage_.find(": ") + 2) + ")"
-                    : "the video stream holds no pictures");
+    return fail(damage_ > 0 ? "no picture could be decoded (" + firstDamage_ + ")"
+                            : "the video stream holds no pictures");
   pending_ = true;
   width_ = frame_->width;
   height_ = frame_->height;
@@ -182,6 +212,7 @@ bool AvSource::open(const std::string& path, int stream) {
 // counted and decoding goes on, so that every picture that decodes is shown.
 bool AvSource::decode() {
   for (;;) {
+    noteLogErrors();
     int r = avcodec_receive_frame(codec_, frame_);
     if (r == 0) {
       if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT))
@@ -258,21 +289,12 @@ void AvSource::convert(Picture& picture) {
   ++converted_;
 }
 
-// At the end: a file that stops well short of its stated length was cut.
 void AvSource::finish() {
-  if (damage_ == 0 && stream_->duration > 0 && lastPtsUs_ >= 0) {
-    const int64_t start = stream_->start_time != AV_NOPTS_VALUE ? stream_->start_time : 0;
-    const int64_t endUs = av_rescale_q(start + stream_->duration, stream_->time_base, kMicroseconds);
-    if (lastPtsUs_ + 2 * rate_.frameUs() < endUs) {
-      char what[96];
-      snprintf(what, sizeof what, "the file ends early, at %.3f s of %.3f s", lastPtsUs_ / 1e6, endUs / 1e6);
-      noteDamage(what);
-    }
-  }
+  noteLogErrors();
   if (damage_ > 0)
-    error_ = path_ + ": damaged stream, " + firstDamage_ +
-             (damage_ > 1 ? " (" + std::to_string(damage_) + " faults in all)" : "") +
-             "; the pictures that decoded were presented";
+    error_ = path_ + ": damaged stream: " + firstDamage_ +
+             (damage_ > 1 ? " (" + std::to_string(damage_) + " faults in all)" : "") + "; the " +
+             std::to_string(decoded_) + " pictures that decoded were presented";
 }
 
 std::string AvSource::describe() const {
@@ -292,7 +314,7 @@ std::string AvSource::decoding() const {
 }  // namespace
 
 std::unique_ptr<PictureSource> OpenAvSource(const std::string& path, int stream, std::string& error) {
-  av_log_set_level(AV_LOG_FATAL);  // the player says what went wrong in its own words
+  av_log_set_callback(CollectLogErrors);  // the player says what went wrong in its own words
   auto source = std::make_unique<AvSource>();
   if (!source->open(path, stream)) {
     error = source->error();
