@@ -7,6 +7,7 @@
 
 #ifndef SCRIM_PLAY_AV_SKIP
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 #include <math.h>
 #include <png.h>
 #include <signal.h>
@@ -317,6 +318,80 @@ TEST_F(ScrimPlayAv, BadFilesGetClearMessages) {
     EXPECT_EQ(1, p.status) << p.out << p.err;
     EXPECT_TRUE(std::regex_search(p.err, std::regex(c.message))) << p.err;
   }
+}
+
+// The top-level window whose title holds `part`, or 0.
+Window FindWindow(Display* x, const char* part, std::string& title) {
+  Window root, parent, *children = nullptr, found = 0;
+  unsigned count = 0;
+  XQueryTree(x, DefaultRootWindow(x), &root, &parent, &children, &count);
+  for (unsigned i = 0; i < count && !found; ++i) {
+    char* name = nullptr;
+    if (XFetchName(x, children[i], &name) && strstr(name, part)) {
+      found = children[i];
+      title = name;
+    }
+    if (name) XFree(name);
+  }
+  if (children) XFree(children);
+  return found;
+}
+
+TEST_F(ScrimPlayAv, WindowShowsTheLastPostedPictureAndClosesCleanly) {
+  if (system("command -v Xvfb >/dev/null") != 0) GTEST_SKIP() << "Xvfb is not installed";
+  const Clip clip{"ffv1", AV_PIX_FMT_YUV420P, 160, 96, {0, 40, 80}, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, false};
+  Encode(dir_ + "/clip.mkv", clip);
+  const std::string display = ":" + std::to_string(100 + getpid() % 800);
+  const pid_t xvfb = fork();
+  if (xvfb == 0) {
+    execlp("Xvfb", "Xvfb", display.c_str(), "-screen", "0", "640x480x24", "-nolisten", "tcp", (char*)nullptr);
+    _exit(127);
+  }
+  Display* x = nullptr;
+  for (int i = 0; i < 200 && !(x = XOpenDisplay(display.c_str())); ++i) usleep(50000);
+  ASSERT_NE(nullptr, x);
+  const pid_t player = fork();
+  if (player == 0) {
+    setenv("DISPLAY", display.c_str(), 1);
+    freopen("/dev/null", "w", stdout);
+    execl(SCRIM_PLAY_PATH, "scrim-play", "--quiet", "--window", "--out", (dir_ + "/out").c_str(),
+          (dir_ + "/clip.mkv").c_str(), (char*)nullptr);
+    _exit(127);
+  }
+  // At the end the window stays, showing the last picture, until it is closed.
+  std::string title;
+  Window w = 0;
+  for (int i = 0; i < 600 && !(w = FindWindow(x, "(end", title)); ++i) usleep(50000);
+  ASSERT_NE(0u, w);
+  EXPECT_EQ(0u, title.find("scrim-play: picture 2, 0.080 s")) << title;
+  usleep(200000);  // the last drawing reaches the screen
+  XImage* shot = XGetImage(x, w, 0, 0, 160, 96, AllPlanes, ZPixmap);
+  ASSERT_NE(nullptr, shot);
+  int pw = 0, ph = 0;
+  const std::vector<uint8_t> posted = ReadPng(dir_ + "/out/frame_00002.png", pw, ph);
+  ASSERT_EQ(160 * 96 * 3u, posted.size());
+  for (int px : {0, 37, 80, 159}) {
+    for (int py : {0, 50, 95}) {
+      const unsigned long v = XGetPixel(shot, px, py);
+      const uint8_t* want = &posted[(py * 160 + px) * 3];
+      EXPECT_EQ(want[0] << 16 | want[1] << 8 | want[2], static_cast<int>(v & 0xFFFFFF)) << px << "," << py;
+    }
+  }
+  XDestroyImage(shot);
+  XEvent close{};
+  close.xclient.type = ClientMessage;
+  close.xclient.window = w;
+  close.xclient.message_type = XInternAtom(x, "WM_PROTOCOLS", False);
+  close.xclient.format = 32;
+  close.xclient.data.l[0] = static_cast<long>(XInternAtom(x, "WM_DELETE_WINDOW", False));
+  XSendEvent(x, w, False, NoEventMask, &close);
+  XFlush(x);
+  int status = -1;
+  waitpid(player, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  XCloseDisplay(x);
+  kill(xvfb, SIGTERM);
+  waitpid(xvfb, &status, 0);
 }
 #endif  // SCRIM_PLAY_AV_SKIP
 
