@@ -175,11 +175,15 @@ bool AvSource::open(const std::string& path, int stream) {
   AVRational fps = stream_->avg_frame_rate.num > 0 ? stream_->avg_frame_rate : stream_->r_frame_rate;
   if (fps.num > 0 && fps.den > 0 && fps.num <= 1000000 * static_cast<int64_t>(fps.den))
     rate_ = {fps.num, fps.den};
+  // Pictures in the file, for the progress line: counted by the container, or
+  // judged from the stream's (else the file's) length.
   if (stream_->nb_frames > 0)
     count_ = static_cast<long>(stream_->nb_frames);
   else if (stream_->duration > 0)
     count_ = static_cast<long>(av_rescale_q(stream_->duration, stream_->time_base, kMicroseconds) /
                                rate_.frameUs());
+  else if (format_->duration > 0)
+    count_ = static_cast<long>(format_->duration / rate_.frameUs());
 
   // The first picture tells the size, the pixel format, the interlacing and
   // the colour description; it is handed out by the first next().
