@@ -149,13 +149,11 @@ int main(int argc, char** argv) {
   PlaySummary summary;
   summary.colour = ResolveColour(*source, play);
   if (play.deinterlace < 0 && source->interlaced()) play.deinterlace = 7;
+  summary.deinterlace = options.deinterlace >= 0
+                            ? "mode " + std::to_string(options.deinterlace) + " (--deinterlace)"
+                        : play.deinterlace >= 0 ? "mode 7 (the input is interlaced)"
+                                                : "none (the input is progressive)";
   char text[512];
-  if (options.deinterlace >= 0)
-    snprintf(text, sizeof text, "mode %ld (--deinterlace)", options.deinterlace);
-  else
-    snprintf(text, sizeof text,
-             play.deinterlace >= 0 ? "mode 7 (the input is interlaced)" : "none (the input is progressive)");
-  summary.deinterlace = text;
   summary.library = lib.version();
   snprintf(text, sizeof text, "%s%s%s, %dx%d, %.3f pictures/s", source->describe().c_str(),
            options.input.empty() ? "" : " ", options.input.c_str(), width, height, rate.fps());
