@@ -333,7 +333,8 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   mkdir(kDir.c_str(), 0755);
   const int status = RUN_ALL_TESTS();
-  if (system(("rm -rf " + kDir).c_str()) != 0) perror(kDir.c_str());
+  // KEEP=1 leaves the clips and what the player wrote for a look.
+  if (!getenv("KEEP") && system(("rm -rf " + kDir).c_str()) != 0) perror(kDir.c_str());
   return status;
 #endif
 }
