@@ -169,6 +169,7 @@ bool AvSource::open(const std::string& path, int stream) {
   if (codec_ == nullptr || packet_ == nullptr || frame_ == nullptr) return fail("out of memory");
   avcodec_parameters_to_context(codec_, stream_->codecpar);
   codec_->pkt_timebase = stream_->time_base;
+  codec_->thread_count = 0;  // one per core, as players decode
   r = avcodec_open2(codec_, decoder, nullptr);
   if (r < 0) return fail(std::string("cannot open the \"") + decoder->name + "\" decoder: " + AvError(r));
 
