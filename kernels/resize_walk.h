@@ -73,18 +73,22 @@ void WalkResized(const ColorTables& tab, Step step, const uint8_t* const* src, c
 }
 
 // One pixel at a time through the first cursor of the rotation record, half
-// its block steps apart (used rounded down to an even number of bytes).
+// its block steps apart, used rounded down to an even number of bytes. A
+// 3-byte pixel has no even-byte grid: its steps (3 bytes, or a stride) are
+// used as they are, since rounding them would walk a mirrored or turned
+// picture off the start of the destination.
 template <class Px>
 class CursorPixelWriter {
  public:
   explicit CursorPixelWriter(const ImgPrcRotationRecord& rec)
-      : first_(rec.pix00),
-        col_(static_cast<ptrdiff_t>(rec.stepX >> 2) * 2),
-        row_(static_cast<ptrdiff_t>(rec.stepY >> 2) * 2) {}
+      : first_(rec.pix00), col_(Half(rec.stepX)), row_(Half(rec.stepY)) {}
   void Row(int32_t j) { at_ = first_ + j * row_; }
   void Put(int32_t i, typename Px::Pixel v) { Px::Put(at_ + i * col_, v); }
 
  private:
+  static ptrdiff_t Half(int32_t blockStep) {
+    return Px::kPixelBytes % 2 == 0 ? static_cast<ptrdiff_t>(blockStep >> 2) * 2 : blockStep >> 1;
+  }
   uint8_t* first_;
   ptrdiff_t col_;
   ptrdiff_t row_;

@@ -18,12 +18,14 @@ inline void StoreWide32(uint8_t* at, uint32_t v) {
 
 struct Store32Wide {
   using Pixel = uint32_t;
+  static constexpr int kPixelBytes = 4;
   static void Put(uint8_t* at, uint32_t v) { StoreWide32(at, v); }
 };
 
 // RGB888 through a cursor: three byte stores, B, G, R.
 struct Store888 {
   using Pixel = uint32_t;  // R << 16 | G << 8 | B
+  static constexpr int kPixelBytes = 3;
   static void Put(uint8_t* at, uint32_t v) {
     at[0] = static_cast<uint8_t>(v);
     at[1] = static_cast<uint8_t>(v >> 8);

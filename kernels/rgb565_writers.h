@@ -19,6 +19,7 @@ constexpr ptrdiff_t EvenBytes(int32_t step) { return static_cast<ptrdiff_t>(step
 // One RGB565 pixel as a 16-bit word.
 struct Store565 {
   using Pixel = uint16_t;
+  static constexpr int kPixelBytes = 2;
   static void Put(uint8_t* at, uint16_t v) { Store16(at, v); }
 };
 
