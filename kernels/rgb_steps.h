@@ -15,8 +15,10 @@ struct Rgb565Step {
 };
 
 // 8-bit channels from the same tables: (L + term) >> 7, clamped to 0..255
-// (upper bound first), where RGB565 shifts by 10 and 9.
-inline uint32_t Channel8(ptrdiff_t sum) { return static_cast<uint32_t>(ClampTo(sum >> 7, 255)); }
+// (upper bound first), where RGB565 shifts by 10 and 9. Looked up like the
+// RGB565 clamps: sums of -65536..131070 shift to -512..1023.
+inline constexpr FieldClamp<uint8_t, 1536> kClamp8 = MakeFieldClamp<uint8_t, 1536>(512, 255, 0);
+inline uint32_t Channel8(ptrdiff_t sum) { return (kClamp8.at + 512)[sum >> 7]; }
 
 // alpha << 24 | R << 16 | G << 8 | B. RGB888 is the same value with alpha 0:
 // its bytes B, G, R are the low three of the little-endian word.
