@@ -11,6 +11,7 @@ namespace {
 
 constexpr uint32_t kMissingLines = 0xFFFFFFFFu;
 
+// The 32-bit stretchers store through memcpy: a row need not be 4-byte aligned.
 inline uint32_t* Row32(uint8_t* dst, int32_t j, int32_t pitch) {
   return reinterpret_cast<uint32_t*>(dst + Row32Offset(j, pitch));
 }
