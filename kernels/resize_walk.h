@@ -29,6 +29,7 @@ struct PlaneRowPair {
   uint8_t At(uint32_t pos, int32_t last) const {
     const int32_t xi = static_cast<int32_t>(pos >> 16);
     const int32_t wx = static_cast<int32_t>((pos >> 11) & 31);
+    if ((wx | wy) == 0) return a[xi];  // a whole position: the blend gives the sample itself
     const int32_t xn = xi + 1 > last ? last : xi + 1;
     const int32_t s0 = (a[xi] * 32 + (b[xi] - a[xi]) * wy) >> 4;
     const int32_t s1 = (a[xn] * 32 + (b[xn] - a[xn]) * wy) >> 4;
