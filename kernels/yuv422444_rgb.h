@@ -31,10 +31,12 @@ SCRIM_API uint32_t _ORUYCbCr422ToRGB565Rsz(ImgPrcContext* ctx, const uint8_t* co
                                            uint8_t* dst, int32_t pitch, int32_t dstWidth, int32_t dstHeight);
 
 // Any ratio, one pixel at a time through the rotation record's first cursor,
-// half its block steps apart (rounded down to an even number of bytes): Y, Cb
-// and Cr each bilinear from their own plane (4:2:2 chroma at half the
-// position across). As in the 4:2:0 any-ratio kernels the next row is not
-// clamped: a position on the last row reads one row beyond.
+// half its block steps apart (rounded down to an even number of bytes, but
+// for RGB888, whose 3-byte steps are used as they are): Y, Cb and Cr each
+// bilinear from their own plane (4:2:2 chroma at half the position across).
+// As in the 4:2:0 any-ratio kernels the next row is not clamped: a position
+// on the last row reads one row beyond. 32-bit pixels are stored as
+// sign-extended 64-bit words, as in yuv420_rgb32.h.
 SCRIM_API uint32_t _ORUYCbCr422ToARGB32RszRot(ImgPrcContext* ctx, const uint8_t* const* src,
                                               const uint32_t* srcStrides, int32_t srcWidth, int32_t srcHeight,
                                               int32_t dstWidth, int32_t dstHeight, uint32_t alpha);
