@@ -52,4 +52,15 @@ struct I420 {
   void randomize(Rng& rng);
 };
 
+// Where sample (x, y) of a w x h picture lands, as (column, row), for rotation
+// code `rotation`: 1 a quarter turn anticlockwise, 2 clockwise, 3 a half
+// turn, 4 a left-right mirror, 5 a top-bottom flip. Quarter turns give w rows
+// of h samples.
+inline void Rotated(uint32_t rotation, int x, int y, int w, int h, int* col, int* row) {
+  const int cols[6] = {x, y, h - 1 - y, w - 1 - x, w - 1 - x, x};
+  const int rows[6] = {y, w - 1 - x, x, h - 1 - y, y, h - 1 - y};
+  *col = cols[rotation];
+  *row = rows[rotation];
+}
+
 }  // namespace scrimtest
