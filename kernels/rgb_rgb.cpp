@@ -24,7 +24,6 @@ struct Tap {
 // RGB565 source: blue bits 0-4, green 10-15, red 21-25, blended down with a
 // shift and a mask, then across without one (the value times 32).
 struct Rgb565Spread {
-  static constexpr ptrdiff_t kBytes = 2;
   static uint32_t Spread(const uint8_t* p) {
     uint16_t v;
     memcpy(&v, p, 2);
@@ -49,7 +48,6 @@ struct Lanes {
   uint32_t v[3];  // blue, green, red
 };
 struct Rgb888Lanes {
-  static constexpr ptrdiff_t kBytes = 3;
   static uint32_t Down(const Tap& t, ptrdiff_t x, int lane) {
     return (t.top[3 * x + lane] * (32 - t.fy) + t.bottom[3 * x + lane] * t.fy) >> 5;
   }
