@@ -2,45 +2,16 @@
 // to planar. The row walk is shared; a row is packed 16 pixels at a time with
 // byte interleaves (one or two instructions each on SSE2 and NEON) and pair by
 // pair for the rest.
-#include <string.h>
-
+#include "kernels/byte_vectors.h"
 #include "kernels/plane_walk.h"
 #include "kernels/yuv420_planar.h"
 
+using namespace scrim;
+
 namespace {
 
-typedef uint8_t Bytes16 __attribute__((vector_size(16)));
-
-Bytes16 Load16(const uint8_t* p) {
-  Bytes16 v;
-  memcpy(&v, p, 16);
-  return v;
-}
-typedef uint64_t Words2 __attribute__((vector_size(16)));
-
-// Eight bytes into the low half (one register load; the high half is zero).
-Bytes16 Load8(const uint8_t* p) {
-  uint64_t w;
-  memcpy(&w, p, 8);
-  const Words2 v = {w, 0};
-  return reinterpret_cast<const Bytes16&>(v);
-}
-void Store16(uint8_t* p, Bytes16 v) { memcpy(p, &v, 16); }
-
-// a0 b0 a1 b1 ... from the low (first) or high (second) halves of a and b.
-Bytes16 ZipLow(Bytes16 a, Bytes16 b) {
-  return __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-}
-Bytes16 ZipHigh(Bytes16 a, Bytes16 b) {
-  return __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-}
-// Bytes 0, 2, ..., 30 and 1, 3, ..., 31 of the 32 bytes a, b.
-Bytes16 Evens(Bytes16 a, Bytes16 b) {
-  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-}
-Bytes16 Odds(Bytes16 a, Bytes16 b) {
-  return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-}
+Bytes16 Load16(const uint8_t* p) { return LoadVector<Bytes16>(p); }
+void Store16(uint8_t* p, Bytes16 v) { StoreVector(p, v); }
 
 // Byte order of one 4-byte pixel pair.
 struct Yuy2 {
@@ -72,7 +43,7 @@ void PackRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* ou
     Order::Sixteen(out + 4 * i + 32, Load16(y + 2 * i + 16), ZipHigh(b, r));
   }
   if (i + 8 <= pairs) {
-    Order::Sixteen(out + 4 * i, Load16(y + 2 * i), ZipLow(Load8(cb + i), Load8(cr + i)));
+    Order::Sixteen(out + 4 * i, Load16(y + 2 * i), ZipLow(LoadLow8(cb + i), LoadLow8(cr + i)));
     i += 8;
   }
   for (; i < pairs; ++i) Order::Pair(out + 4 * i, y[2 * i], y[2 * i + 1], cb[i], cr[i]);

@@ -46,21 +46,40 @@ struct TableSample {
   uint8_t operator()(uint8_t v) const { return table[v]; }
 };
 
+// Quarter turns: a source row lands down a destination column. A band of 16
+// source rows at a time, column by column, writes 16 neighbouring bytes per
+// column instead of one byte in each of `width` destination rows.
+template <class Sample>
+void MapPlaneTurned(const uint8_t* src, uint32_t srcStride, uint32_t width, uint32_t rows,
+                    const PlaneDst& dst, Sample sample) {
+  constexpr uint32_t kBand = 16;
+  for (uint32_t y0 = 0; y0 < rows; y0 += kBand) {
+    const uint32_t n = rows - y0 < kBand ? rows - y0 : kBand;
+    const uint8_t* s = src + static_cast<ptrdiff_t>(y0) * srcStride;
+    uint8_t* d = dst.start + static_cast<ptrdiff_t>(y0) * dst.rowStep;
+    for (uint32_t x = 0; x < width; ++x, ++s, d += dst.sampleStep) {
+      for (uint32_t t = 0; t < n; ++t) d[t * dst.rowStep] = sample(s[static_cast<ptrdiff_t>(t) * srcStride]);
+    }
+  }
+}
+
 // `rows` source rows of `width` samples. Destinations whose samples lie side
 // by side (plain rows, and the top-bottom flip) take the contiguous loop.
 template <class Sample>
 void MapPlane(const uint8_t* src, uint32_t srcStride, uint32_t width, uint32_t rows, const PlaneDst& dst,
               Sample sample) {
-  if (dst.sampleStep == 1) {
+  const ptrdiff_t step = dst.sampleStep;
+  if (step == 1) {
     WalkPlaneRows(src, srcStride, dst.start, dst.rowStep, rows, [&](const uint8_t* s, uint8_t* d) {
       for (uint32_t x = 0; x < width; ++x) d[x] = sample(s[x]);
     });
-    return;
+  } else if (dst.rowStep == 1 || dst.rowStep == -1) {
+    MapPlaneTurned(src, srcStride, width, rows, dst, sample);
+  } else {
+    WalkPlaneRows(src, srcStride, dst.start, dst.rowStep, rows, [&](const uint8_t* s, uint8_t* d) {
+      for (uint32_t x = 0; x < width; ++x) d[static_cast<ptrdiff_t>(x) * step] = sample(s[x]);
+    });
   }
-  const ptrdiff_t step = dst.sampleStep;
-  WalkPlaneRows(src, srcStride, dst.start, dst.rowStep, rows, [&](const uint8_t* s, uint8_t* d) {
-    for (uint32_t x = 0; x < width; ++x) d[static_cast<ptrdiff_t>(x) * step] = sample(s[x]);
-  });
 }
 
 // Same size: width x height luma, then (width / 2) x (height / 2) Cb and Cr;
