@@ -14,18 +14,17 @@
 
 namespace {
 
-using scrimtest::Plane;
+using scrimtest::I420;
 using scrimtest::Rng;
 
-// Weights of R, G, B for Y, Cb, Cr: [full range][matrix][row].
-const int kWeights[2][4][3][3] = {{{{65, 129, 25}, {-38, -74, 112}, {112, -94, -18}},
-                                   {{46, 157, 15}, {-25, -86, 112}, {112, -102, -10}},
-                                   {{46, 154, 19}, {-26, -86, 112}, {112, -100, -12}},
-                                   {{65, 129, 24}, {-37, -74, 112}, {112, -94, -17}}},
-                                  {{{76, 150, 29}, {-43, -84, 128}, {128, -107, -20}},
-                                   {{54, 183, 18}, {-29, -98, 128}, {128, -116, -11}},
-                                   {{54, 179, 22}, {-29, -98, 128}, {128, -113, -14}},
-                                   {{76, 151, 28}, {-43, -84, 128}, {128, -107, -20}}}};
+// Weights of R, G, B for Y, then Cb, then Cr: [full range][matrix][9].
+// clang-format off
+const int kWeights[2][4][9] = {
+    {{65, 129, 25, -38, -74, 112, 112, -94, -18}, {46, 157, 15, -25, -86, 112, 112, -102, -10},
+     {46, 154, 19, -26, -86, 112, 112, -100, -12}, {65, 129, 24, -37, -74, 112, 112, -94, -17}},
+    {{76, 150, 29, -43, -84, 128, 128, -107, -20}, {54, 183, 18, -29, -98, 128, 128, -116, -11},
+     {54, 179, 22, -29, -98, 128, 128, -113, -14}, {76, 151, 28, -43, -84, 128, 128, -107, -20}}};
+// clang-format on
 
 // Pixel x of a row as 8-bit R, G, B: RGB565 (kind 0) pairs 8 bytes apart,
 // ARGB32 (1) and ABGR32 (2) packed.
@@ -39,13 +38,13 @@ void PixelAt(int kind, const uint8_t* row, int x, int rgb[3]) {
 }
 
 // Member `index` of GetPFN_rgb2yuv's table on a w x h picture (even sizes).
-void RefRgbToYuv(int index, const uint8_t* src, uint32_t pitch, int w, int h, Plane* out) {
+void RefRgbToYuv(int index, const uint8_t* src, uint32_t pitch, int w, int h, I420& out) {
   const int kind = index / 8, full = index / 4 % 2;
   const auto& k = kWeights[full][index % 4];
   auto conv = [&](int row, const uint8_t* line, int x) {
     int rgb[3];
     PixelAt(kind, line, x, rgb);
-    const int sum = k[row][0] * rgb[0] + k[row][1] * rgb[1] + k[row][2] * rgb[2];
+    const int sum = k[3 * row] * rgb[0] + k[3 * row + 1] * rgb[1] + k[3 * row + 2] * rgb[2];
     if (full) return static_cast<uint8_t>(sum >> 8);
     if (kind == 0) return static_cast<uint8_t>((sum >> 8) + (row ? 128 : 16));
     return static_cast<uint8_t>(((sum + 128) >> 8) + (row ? -128 : 16));
@@ -53,12 +52,12 @@ void RefRgbToYuv(int index, const uint8_t* src, uint32_t pitch, int w, int h, Pl
   for (int y = 0; y < h; y += 2) {
     const uint8_t* line[2] = {src + y * pitch, src + y * pitch + pitch / 4 * 8};
     for (int x = 0; x < w; ++x) {
-      out[0].at(x, y) = conv(0, line[0], x);
-      out[0].at(x, y + 1) = conv(0, line[1], x);
+      out.y.at(x, y) = conv(0, line[0], x);
+      out.y.at(x, y + 1) = conv(0, line[1], x);
     }
     for (int x = 0; x < w; x += 2) {  // chroma from the bottom-left pixel
-      out[1].at(x / 2, y / 2) = conv(1, line[1], x);
-      out[2].at(x / 2, y / 2) = conv(2, line[1], x);
+      out.cb.at(x / 2, y / 2) = conv(1, line[1], x);
+      out.cr.at(x / 2, y / 2) = conv(2, line[1], x);
     }
   }
 }
@@ -71,19 +70,11 @@ std::vector<uint8_t> RgbSource(uint32_t pitch, int w, int h, Rng& rng) {
   return v;
 }
 
-struct Planes {
-  Plane p[3];
-  uint8_t* ptr[3];
-  uint32_t strides[3];
-  Planes(int w, int h, Rng& rng) {
-    for (int i = 0; i < 3; ++i) {
-      p[i] = i ? Plane(w / 2, h / 2, w / 2 + 2) : Plane(w, h, w + 3);
-      rng.fill(p[i].data);
-      ptr[i] = p[i].data.data();
-      strides[i] = static_cast<uint32_t>(p[i].stride);
-    }
-  }
-};
+I420 Noise(int w, int h, Rng& rng) {
+  I420 pic(w, h, 3);
+  pic.randomize(rng);
+  return pic;
+}
 
 TEST(RgbToYCbCr, EveryMemberAgainstReference) {
   EXPECT_EQ(GetPFN_rgb2yuv(0, 0, 0), &_ORURGB565ToYCbCr420_0);
@@ -97,36 +88,31 @@ TEST(RgbToYCbCr, EveryMemberAgainstReference) {
       const int w = (s[0] + 1) & ~1, h = (s[1] + 1) & ~1, kind = index / 8;
       const uint32_t pitch = 4 * w + 6;  // not a multiple of 4: the bottom row lies (pitch / 4) x 8 bytes on
       std::vector<uint8_t> src = RgbSource(pitch, w, h, rng);
-      Planes dst(w, h, rng);
-      Plane want[3] = {dst.p[0], dst.p[1], dst.p[2]};
+      I420 dst = Noise(w, h, rng), want = dst;
       RefRgbToYuv(index, src.data(), pitch, w, h, want);
       ImgPrcRgbToYuvKernel k = GetPFN_rgb2yuv(kind, index % 4, index / 4 % 2);
-      EXPECT_EQ(k(src.data(), pitch, dst.ptr, dst.strides, s[0], s[1]), 0u);
-      for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(dst.p[i].data, want[i].data) << index << " " << s[0] << "x" << s[1];
-      if (s[0] != 10) continue;
+      EXPECT_EQ(k(src.data(), pitch, dst.planes, dst.strides, s[0], s[1]), 0u);
+      EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
       // Chroma depends on the bottom-left pixel of each block only: change the
       // other three pixels of the first block.
-      std::vector<uint8_t> chroma[2] = {dst.p[1].data, dst.p[2].data};
       const size_t second = kind ? 4 : 2, below = pitch / 4 * 8;
       for (size_t at : {size_t{0}, second, below + second}) {
         for (size_t b = 0; b < second; ++b) src[at + b] ^= 0x5A;
       }
-      k(src.data(), pitch, dst.ptr, dst.strides, 2, 2);
-      EXPECT_EQ(dst.p[1].data, chroma[0]);
-      EXPECT_EQ(dst.p[2].data, chroma[1]);
+      k(src.data(), pitch, dst.planes, dst.strides, 2, 2);
+      EXPECT_TRUE(dst.cb.data == want.cb.data && dst.cr.data == want.cr.data)
+          << index << " " << s[0] << "x" << s[1];
     }
   }
   // White RGB565: R8 248, G8 252, B8 248.
-  std::vector<uint8_t> white(2 * 8 + 4, 0xFF);
-  Rng none(0);
-  Planes studio(2, 2, none), full(2, 2, none);
-  _ORURGB565ToYCbCr420_0(white.data(), 8, studio.ptr, studio.strides, 2, 2);
-  _ORURGB565ToYUV420_0(white.data(), 8, full.ptr, full.strides, 2, 2);
-  EXPECT_EQ(studio.p[0].at(1, 1), 230);
-  EXPECT_EQ(studio.p[1].at(0, 0), 126);
-  EXPECT_EQ(studio.p[2].at(0, 0), 126);
-  EXPECT_EQ(full.p[0].at(0, 1), 249);
+  std::vector<uint8_t> white(2 * 8 + 8, 0xFF);
+  I420 studio = Noise(2, 2, rng), full = Noise(2, 2, rng);
+  _ORURGB565ToYCbCr420_0(white.data(), 8, studio.planes, studio.strides, 2, 2);
+  _ORURGB565ToYUV420_0(white.data(), 8, full.planes, full.strides, 2, 2);
+  EXPECT_EQ(studio.y.at(1, 1), 230);
+  EXPECT_EQ(studio.cb.at(0, 0), 126);
+  EXPECT_EQ(studio.cr.at(0, 0), 126);
+  EXPECT_EQ(full.y.at(0, 1), 249);
 }
 
 // Rotated: converted into three temporary planes per frame, then turned.
@@ -137,36 +123,27 @@ TEST(RgbToYCbCr, RotatedFramesGoThroughTemporaryPlanes) {
     const int w = 10, h = 6;
     const uint32_t rot = kind + 1, pitch = 44;
     Instance inst({formats[kind], w, h, w, h, rot});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
     std::vector<uint8_t> src = RgbSource(pitch, w, h, rng);
     uint8_t* srcPlanes[3] = {src.data(), nullptr, nullptr};
     uint32_t srcStrides[3] = {pitch, 0, 0};
-    Planes plain(w, h, rng), dst(rot == 3 ? w : h, rot == 3 ? h : w, rng);
-    Plane want[3] = {dst.p[0], dst.p[1], dst.p[2]};
-    RefRgbToYuv(kind * 8, src.data(), pitch, w, h, plain.p);
-    for (int i = 0; i < 3; ++i) {
-      for (int y = 0; y < (i ? h / 2 : h); ++y) {
-        for (int x = 0; x < (i ? w / 2 : w); ++x) {
-          int col, row;
-          scrimtest::Rotated(rot, x, y, i ? w / 2 : w, i ? h / 2 : h, &col, &row);
-          want[i].at(col, row) = plain.p[i].at(x, y);
-        }
-      }
-    }
+    I420 plain(w, h), dst = rot == 3 ? Noise(w, h, rng) : Noise(h, w, rng), want = dst, untouched = dst;
+    RefRgbToYuv(kind * 8, src.data(), pitch, w, h, plain);
+    scrimtest::Turn(rot, plain, want);
     const long live = ImgPrcLiveBlockCount();
     const unsigned long allocations = ImgPrcAllocationCount();
-    EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, dst.ptr, dst.strides), IMGPRC_OK);
+    EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, dst.planes, dst.strides), IMGPRC_OK);
     EXPECT_EQ(ImgPrcAllocationCount(), allocations + 3);
     EXPECT_EQ(ImgPrcLiveBlockCount(), live);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(dst.p[i].data, want[i].data) << "kind " << kind << " plane " << i;
+    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
     // Any of the three allocations failing: out of memory, nothing written, nothing kept.
-    Planes untouched(rot == 3 ? w : h, rot == 3 ? h : w, rng);
-    std::vector<uint8_t> before = untouched.p[0].data;
+    I420 again = untouched;
+    again.planes[0] = again.y.data.data(), again.planes[1] = again.cb.data.data(),
+    again.planes[2] = again.cr.data.data();
     ImgPrcFailAllocation(kind + 1);
-    EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, untouched.ptr, untouched.strides), IMGPRC_E_OUTOFMEMORY);
+    EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, again.planes, again.strides), IMGPRC_E_OUTOFMEMORY);
     ImgPrcFailAllocation(0);
     EXPECT_EQ(ImgPrcLiveBlockCount(), live);
-    EXPECT_EQ(untouched.p[0].data, before);
+    EXPECT_TRUE(scrimtest::SamePlanes(again, untouched));
   }
 }
 
@@ -174,55 +151,47 @@ TEST(RgbToYCbCr, RotatedFramesGoThroughTemporaryPlanes) {
 // the row below and the column right clamped; the destination is tight, so
 // that every rotation lays the picture exactly as the planar ones do.
 TEST(RgbToRgb, ResizedAndRotatedThroughTheFrameCall) {
-  struct Size {
-    int sw, sh, dw, dh;
-  };
-  const Size sizes[] = {{10, 6, 14, 8}, {12, 8, 6, 4}, {6, 4, 6, 4}};
+  const int sizes[][4] = {{10, 6, 14, 8}, {12, 8, 6, 4}, {6, 4, 6, 4}};
   Rng rng(21);
   for (uint32_t format : {0x303u, 0x403u, 0x404u}) {
-    for (const Size& s : sizes) {
+    for (const auto& s : sizes) {
       for (uint32_t rot = 0; rot < 6; ++rot) {
-        SCOPED_TRACE(testing::Message() << std::hex << format << std::dec << " " << s.sw << "x" << s.sh
-                                        << " to " << s.dw << "x" << s.dh << " rotation " << rot);
-        const int in = format == 0x303 ? 2 : 3, out = format == 0x404 ? 3 : 2;
+        const int sw = s[0], sh = s[1], dw = s[2], dh = s[3], in = format == 0x303 ? 2 : 3,
+                  out = format == 0x404 ? 3 : 2;
         const bool turned = rot == 1 || rot == 2;
-        const uint32_t pitch = s.sw * in + 4, dstStride = (turned ? s.dh : s.dw) * out;
-        std::vector<uint8_t> src(pitch * s.sh), dst(dstStride * (turned ? s.dw : s.dh));
+        uint32_t pitch = sw * in + 4, stride = (turned ? dh : dw) * out;
+        std::vector<uint8_t> src(pitch * sh), dst(stride * (turned ? dw : dh)), want(dst.size());
         rng.fill(src);
-        std::vector<uint8_t> want(dst.size(), 0);
-        auto px = [&](int x, int y, int lane) { return src[y * pitch + x * in + lane]; };
-        const uint32_t sx = s.dw == 1 ? 0 : ((s.sw - 1) << 16) / (s.dw - 1);
-        const uint32_t sy = s.dh == 1 ? 0 : ((s.sh - 1) << 16) / (s.dh - 1);
-        for (int j = 0; j < s.dh; ++j) {
-          for (int i = 0; i < s.dw; ++i) {
-            const int r = j * sy >> 16, fy = (j * sy >> 11) & 31, rb = std::min(r + 1, s.sh - 1);
-            const int c = i * sx >> 16, fx = (i * sx >> 11) & 31, cn = std::min(c + 1, s.sw - 1);
-            int lanes[3];  // blue, green, red, each x 32 (RGB565: 5, 6, 5 bits)
+        auto lane = [&](int x, int y, int l) {  // blue, green, red; RGB565 fields as they are
+          const uint8_t* p = &src[y * pitch + x * in];
+          const int v = p[0] | p[1] << 8, field[3] = {v & 31, (v >> 5) & 63, v >> 11};
+          return in == 3 ? p[l] : field[l];
+        };
+        const uint32_t sx = dw == 1 ? 0 : ((sw - 1) << 16) / (dw - 1),
+                       sy = dh == 1 ? 0 : ((sh - 1) << 16) / (dh - 1);
+        for (int j = 0; j < dh; ++j) {
+          for (int i = 0; i < dw; ++i) {
+            const int r = j * sy >> 16, fy = (j * sy >> 11) & 31, rb = std::min(r + 1, sh - 1);
+            const int c = i * sx >> 16, fx = (i * sx >> 11) & 31, cn = std::min(c + 1, sw - 1);
+            int v[3];  // each lane x 32
             for (int l = 0; l < 3; ++l) {
-              auto at = [&](int x, int y) {
-                if (in == 3) return int{px(x, y, l)};
-                const int v = px(x, y, 0) | px(x, y, 1) << 8;
-                return l == 0 ? v & 31 : l == 1 ? (v >> 5) & 63 : v >> 11;
-              };
-              auto down = [&](int x) { return (at(x, r) * (32 - fy) + at(x, rb) * fy) >> 5; };
-              lanes[l] = down(c) * (32 - fx) + down(cn) * fx;
+              auto down = [&](int x) { return (lane(x, r, l) * (32 - fy) + lane(x, rb, l) * fy) >> 5; };
+              v[l] = down(c) * (32 - fx) + down(cn) * fx;
             }
             int col, row;
-            scrimtest::Rotated(rot, i, j, s.dw, s.dh, &col, &row);
-            uint8_t* o = &want[row * dstStride + col * out];
-            const int v = in == 2 ? (lanes[2] >> 5) << 11 | (lanes[1] >> 5) << 5 | lanes[0] >> 5
-                                  : (lanes[2] >> 8) << 11 | (lanes[1] >> 7) << 5 | lanes[0] >> 8;
+            scrimtest::Rotated(rot, i, j, dw, dh, &col, &row);
+            const int rgb565 = in == 2 ? (v[2] >> 5) << 11 | (v[1] >> 5) << 5 | v[0] >> 5
+                                       : (v[2] >> 8) << 11 | (v[1] >> 7) << 5 | v[0] >> 8;
             for (int b = 0; b < out; ++b)
-              o[b] = static_cast<uint8_t>(out == 3 ? lanes[b] >> 5 : v >> (8 * b));
+              want[row * stride + col * out + b] = out == 3 ? v[b] >> 5 : rgb565 >> (8 * b);
           }
         }
-        Instance inst({format, uint32_t(s.sw), uint32_t(s.sh), uint32_t(s.dw), uint32_t(s.dh), rot});
-        ASSERT_EQ(inst.result(), IMGPRC_OK);
-        uint8_t* sp[3] = {src.data(), nullptr, nullptr};
-        uint8_t* dp[3] = {dst.data(), nullptr, nullptr};
-        uint32_t ss[3] = {pitch, 0, 0}, ds[3] = {dstStride, 0, 0};
+        Instance inst({format, uint32_t(sw), uint32_t(sh), uint32_t(dw), uint32_t(dh), rot});
+        uint8_t *sp[3] = {src.data(), nullptr, nullptr}, *dp[3] = {dst.data(), nullptr, nullptr};
+        uint32_t ss[3] = {pitch, 0, 0}, ds[3] = {stride, 0, 0};
         EXPECT_EQ(Frame(inst, sp, ss, dp, ds), IMGPRC_OK);
-        EXPECT_EQ(dst, want);
+        EXPECT_EQ(dst, want) << std::hex << format << std::dec << " " << sw << "x" << sh << " to " << dw
+                             << "x" << dh << " rotation " << rot;
       }
     }
   }

@@ -63,4 +63,26 @@ inline void Rotated(uint32_t rotation, int x, int y, int w, int h, int* col, int
   *row = rows[rotation];
 }
 
+// Every byte of the three planes, padding included.
+inline bool SamePlanes(const I420& a, const I420& b) {
+  return a.y.data == b.y.data && a.cb.data == b.cb.data && a.cr.data == b.cr.data;
+}
+
+// Picture `from` laid out in `to` as rotation code `rotation` turns it; the
+// chroma planes are half the luma size.
+inline void Turn(uint32_t rotation, const I420& from, I420& to) {
+  const Plane* in[3] = {&from.y, &from.cb, &from.cr};
+  Plane* out[3] = {&to.y, &to.cb, &to.cr};
+  for (int i = 0; i < 3; ++i) {
+    const int w = i ? from.y.width / 2 : from.y.width, h = i ? from.y.height / 2 : from.y.height;
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        int col, row;
+        Rotated(rotation, x, y, w, h, &col, &row);
+        out[i]->at(col, row) = in[i]->at(x, y);
+      }
+    }
+  }
+}
+
 }  // namespace scrimtest
