@@ -8,7 +8,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <type_traits>
+
 #include "imageproc/imgprc_context.h"
+#include "kernels/byte_vectors.h"
 #include "kernels/plane_walk.h"
 #include "kernels/resize_step.h"
 
@@ -46,9 +49,61 @@ struct TableSample {
   uint8_t operator()(uint8_t v) const { return table[v]; }
 };
 
+// Interleaves of 1-, 2-, 4- and 8-byte elements of rows i and i + kDistance,
+// for every i whose kDistance bit is clear, in place.
+template <int kDistance>
+inline void ZipRows(Bytes16 r[16]) {
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) {
+    if (i & kDistance) continue;
+    const Bytes16 a = r[i], b = r[i + kDistance];
+    if (kDistance == 1) {
+      r[i] = ZipLow(a, b), r[i + kDistance] = ZipHigh(a, b);
+    } else if (kDistance == 2) {
+      const U16x8 x = Lanes<U16x8>(a), y = Lanes<U16x8>(b);
+      r[i] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 0, 8, 1, 9, 2, 10, 3, 11)));
+      r[i + kDistance] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 4, 12, 5, 13, 6, 14, 7, 15)));
+    } else if (kDistance == 4) {
+      const U32x4 x = Lanes<U32x4>(a), y = Lanes<U32x4>(b);
+      r[i] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 0, 4, 1, 5)));
+      r[i + kDistance] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 2, 6, 3, 7)));
+    } else {
+      const U64x2 x = Lanes<U64x2>(a), y = Lanes<U64x2>(b);
+      r[i] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 0, 2)));
+      r[i + kDistance] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 1, 3)));
+    }
+  }
+}
+
+// A 16 x 16 block of bytes turned: source row t, column i lands at
+// d + i * step + t * rowStep, rowStep being +1 or -1 (then the rows are
+// loaded last first, so that each turned column is stored in ascending
+// order). Interleaving pairs of rows at widening element sizes transposes
+// the block in place, in registers; row i then holds source column
+// bit-reverse(i).
+inline void TurnBlock16(const uint8_t* s, ptrdiff_t srcStride, uint8_t* d, ptrdiff_t step,
+                        ptrdiff_t rowStep) {
+  static constexpr int kColumn[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+  if (rowStep < 0) {
+    s += 15 * srcStride;
+    srcStride = -srcStride;
+    d -= 15;
+  }
+  Bytes16 r[16];
+#pragma GCC unroll 16
+  for (int t = 0; t < 16; ++t) r[t] = LoadVector<Bytes16>(s + t * srcStride);
+  ZipRows<1>(r);
+  ZipRows<2>(r);
+  ZipRows<4>(r);
+  ZipRows<8>(r);
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) StoreVector(d + kColumn[i] * step, r[i]);
+}
+
 // Quarter turns: a source row lands down a destination column. A band of 16
 // source rows at a time, column by column, writes 16 neighbouring bytes per
-// column instead of one byte in each of `width` destination rows.
+// column instead of one byte in each of `width` destination rows; plain
+// copies turn whole 16 x 16 blocks in registers.
 template <class Sample>
 void MapPlaneTurned(const uint8_t* src, uint32_t srcStride, uint32_t width, uint32_t rows,
                     const PlaneDst& dst, Sample sample) {
@@ -57,8 +112,15 @@ void MapPlaneTurned(const uint8_t* src, uint32_t srcStride, uint32_t width, uint
     const uint32_t n = rows - y0 < kBand ? rows - y0 : kBand;
     const uint8_t* s = src + static_cast<ptrdiff_t>(y0) * srcStride;
     uint8_t* d = dst.start + static_cast<ptrdiff_t>(y0) * dst.rowStep;
-    for (uint32_t x = 0; x < width; ++x, ++s, d += dst.sampleStep) {
-      for (uint32_t t = 0; t < n; ++t) d[t * dst.rowStep] = sample(s[static_cast<ptrdiff_t>(t) * srcStride]);
+    uint32_t x = 0;
+    if (std::is_same<Sample, SameSample>::value && n == kBand) {
+      for (; x + 16 <= width; x += 16)
+        TurnBlock16(s + x, srcStride, d + x * dst.sampleStep, dst.sampleStep, dst.rowStep);
+    }
+    for (; x < width; ++x) {
+      for (uint32_t t = 0; t < n; ++t) {
+        d[x * dst.sampleStep + t * dst.rowStep] = sample(s[static_cast<ptrdiff_t>(t) * srcStride + x]);
+      }
     }
   }
 }
