@@ -83,14 +83,7 @@ TEST(PlanarOutput, AdjustKernelEdges) {
     uint8_t* const missing[3] = {dst.planes[0], nullptr, dst.planes[2]};
     EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, missing, dst.strides), 0xFFFFFFFFu);
     EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
-    for (int y = 0; y < h; ++y) {
-      for (int x = 0; x < 10; ++x) {
-        want.y.at(x, y) = src.y.at(x, y);
-        if (h > 1)
-          want.cb.at(x / 2, y / 2) = src.cb.at(x / 2, y / 2),
-                                want.cr.at(x / 2, y / 2) = src.cr.at(x / 2, y / 2);
-      }
-    }
+    scrimtest::Turn(0, src, want);  // the visible samples; a one-row source has no chroma rows
     EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, dst.planes, dst.strides), 0u);
     EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
   }
@@ -145,9 +138,11 @@ TEST(PackedOutput, Nv12RoundTrip) {
   Rng rng(9);
   for (int h : {6, 2}) {
     const int w = 38;  // 19 chroma pairs: whole groups of 16 and single pairs
-    I420 src(w, h, 3), back(w, h, 5);
+    I420 src(w, h, 3), back(w, h, 3);
     src.randomize(rng);
     back.randomize(rng);
+    I420 want = back;
+    scrimtest::Turn(0, src, want);
     Plane nv[2] = {Plane(w, h, w + 2), Plane(w, h / 2, w + 6)};
     uint8_t* nvPlanes[3] = {nv[0].data.data(), nv[1].data.data(), nullptr};
     uint32_t nvStrides[3] = {uint32_t(nv[0].stride), uint32_t(nv[1].stride), 0};
@@ -159,12 +154,7 @@ TEST(PackedOutput, Nv12RoundTrip) {
       EXPECT_EQ(nv[1].at(2 * k + 1, h / 2 - 1), src.cr.at(k, h / 2 - 1));
     }
     EXPECT_EQ(Frame(from, nvPlanes, nvStrides, back.planes, back.strides), IMGPRC_OK);
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) ASSERT_EQ(back.y.at(x, y), src.y.at(x, y)) << x << "," << y;
-    for (int y = 0; y < h / 2; ++y)
-      for (int x = 0; x < w / 2; ++x)
-        ASSERT_TRUE(back.cb.at(x, y) == src.cb.at(x, y) && back.cr.at(x, y) == src.cr.at(x, y))
-            << x << "," << y;
+    EXPECT_TRUE(scrimtest::SamePlanes(back, want)) << "height " << h;
   }
 }
 
