@@ -58,4 +58,47 @@ inline Bytes16 Odds(Bytes16 a, Bytes16 b) {
   return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
 }
 
+// Interleaves of 1-, 2-, 4- and 8-byte elements of rows i and i + kDistance,
+// for every i whose kDistance bit is clear, in place.
+template <int kDistance>
+inline void ZipRows(Bytes16 r[16]) {
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) {
+    if (i & kDistance) continue;
+    const Bytes16 a = r[i], b = r[i + kDistance];
+    if (kDistance == 1) {
+      r[i] = ZipLow(a, b), r[i + kDistance] = ZipHigh(a, b);
+    } else if (kDistance == 2) {
+      const U16x8 x = Lanes<U16x8>(a), y = Lanes<U16x8>(b);
+      r[i] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 0, 8, 1, 9, 2, 10, 3, 11)));
+      r[i + kDistance] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 4, 12, 5, 13, 6, 14, 7, 15)));
+    } else if (kDistance == 4) {
+      const U32x4 x = Lanes<U32x4>(a), y = Lanes<U32x4>(b);
+      r[i] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 0, 4, 1, 5)));
+      r[i + kDistance] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 2, 6, 3, 7)));
+    } else {
+      const U64x2 x = Lanes<U64x2>(a), y = Lanes<U64x2>(b);
+      r[i] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 0, 2)));
+      r[i + kDistance] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 1, 3)));
+    }
+  }
+}
+
+// Rows become columns: afterwards r[i] holds byte i of every input row, in
+// row order. Interleaving pairs of rows at widening element sizes transposes
+// in place, in registers, leaving column bit-reverse(i) in row i; the last
+// copy only renames registers.
+inline void Transpose16x16(Bytes16 r[16]) {
+  static constexpr int kColumn[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+  ZipRows<1>(r);
+  ZipRows<2>(r);
+  ZipRows<4>(r);
+  ZipRows<8>(r);
+  Bytes16 t[16];
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) t[kColumn[i]] = r[i];
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) r[i] = t[i];
+}
+
 }  // namespace scrim

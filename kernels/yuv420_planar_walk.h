@@ -49,41 +49,11 @@ struct TableSample {
   uint8_t operator()(uint8_t v) const { return table[v]; }
 };
 
-// Interleaves of 1-, 2-, 4- and 8-byte elements of rows i and i + kDistance,
-// for every i whose kDistance bit is clear, in place.
-template <int kDistance>
-inline void ZipRows(Bytes16 r[16]) {
-#pragma GCC unroll 16
-  for (int i = 0; i < 16; ++i) {
-    if (i & kDistance) continue;
-    const Bytes16 a = r[i], b = r[i + kDistance];
-    if (kDistance == 1) {
-      r[i] = ZipLow(a, b), r[i + kDistance] = ZipHigh(a, b);
-    } else if (kDistance == 2) {
-      const U16x8 x = Lanes<U16x8>(a), y = Lanes<U16x8>(b);
-      r[i] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 0, 8, 1, 9, 2, 10, 3, 11)));
-      r[i + kDistance] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 4, 12, 5, 13, 6, 14, 7, 15)));
-    } else if (kDistance == 4) {
-      const U32x4 x = Lanes<U32x4>(a), y = Lanes<U32x4>(b);
-      r[i] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 0, 4, 1, 5)));
-      r[i + kDistance] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 2, 6, 3, 7)));
-    } else {
-      const U64x2 x = Lanes<U64x2>(a), y = Lanes<U64x2>(b);
-      r[i] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 0, 2)));
-      r[i + kDistance] = Lanes<Bytes16>(U64x2(__builtin_shufflevector(x, y, 1, 3)));
-    }
-  }
-}
-
 // A 16 x 16 block of bytes turned: source row t, column i lands at
 // d + i * step + t * rowStep, rowStep being +1 or -1 (then the rows are
-// loaded last first, so that each turned column is stored in ascending
-// order). Interleaving pairs of rows at widening element sizes transposes
-// the block in place, in registers; row i then holds source column
-// bit-reverse(i).
+// loaded last first, so that each turned column is stored in ascending order).
 inline void TurnBlock16(const uint8_t* s, ptrdiff_t srcStride, uint8_t* d, ptrdiff_t step,
                         ptrdiff_t rowStep) {
-  static constexpr int kColumn[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
   if (rowStep < 0) {
     s += 15 * srcStride;
     srcStride = -srcStride;
@@ -92,12 +62,9 @@ inline void TurnBlock16(const uint8_t* s, ptrdiff_t srcStride, uint8_t* d, ptrdi
   Bytes16 r[16];
 #pragma GCC unroll 16
   for (int t = 0; t < 16; ++t) r[t] = LoadVector<Bytes16>(s + t * srcStride);
-  ZipRows<1>(r);
-  ZipRows<2>(r);
-  ZipRows<4>(r);
-  ZipRows<8>(r);
+  Transpose16x16(r);
 #pragma GCC unroll 16
-  for (int i = 0; i < 16; ++i) StoreVector(d + kColumn[i] * step, r[i]);
+  for (int i = 0; i < 16; ++i) StoreVector(d + i * step, r[i]);
 }
 
 // Quarter turns: a source row lands down a destination column. A band of 16
