@@ -134,13 +134,11 @@ struct FullRange {
 };
 
 // Low bytes of the eight lanes, and of lanes 0, 2, 4, 6.
-void StoreLowBytes(uint8_t* out, U16x8 v) {
-  const Bytes16 b = Lanes<Bytes16>(v);
-  StoreVector(out, Bytes8(__builtin_shufflevector(b, b, 0, 2, 4, 6, 8, 10, 12, 14)));
-}
+// (Truncating conversions: a mask and a pack on SSE2, one narrowing move on NEON.)
+void StoreLowBytes(uint8_t* out, U16x8 v) { StoreVector(out, __builtin_convertvector(v, Bytes8)); }
 void StoreEvenLanes(uint8_t* out, I16x8 v) {
-  const Bytes16 b = Lanes<Bytes16>(v);
-  StoreVector(out, Bytes4(__builtin_shufflevector(b, b, 0, 4, 8, 12)));
+  typedef int16_t I16x4 __attribute__((vector_size(8)));
+  StoreVector(out, __builtin_convertvector(I16x4(__builtin_shufflevector(v, v, 0, 2, 4, 6)), Bytes4));
 }
 
 template <class Source, class Range, int kMatrix>
