@@ -103,6 +103,15 @@ inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
 }
 
+// The same on planes held elsewhere.
+inline uint32_t Frame(const Instance& inst, uint8_t* const* src, const uint32_t* srcStrides,
+                      uint8_t* const* dst, const uint32_t* dstStrides) {
+  ImgPrcFrameParams f = {sizeof f, 0, 0};
+  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), const_cast<uint8_t**>(src),
+                                    const_cast<uint32_t*>(srcStrides), const_cast<uint8_t**>(dst),
+                                    const_cast<uint32_t*>(dstStrides), &f);
+}
+
 // What a row-by-row copy of rows x width bytes leaves in a plane that held
 // dstBefore: the copied bytes from src, every other byte as it was.
 inline std::vector<uint8_t> CopiedRows(const std::vector<uint8_t>& dstBefore, uint32_t dstStride,

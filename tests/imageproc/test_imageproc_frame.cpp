@@ -117,40 +117,6 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
   }
 }
 
-// Routes whose kernels are not in the library yet report not implemented and
-// leave the destination untouched. A route leaves this table when its kernel lands.
-// In order: 4:2:0 to 4:2:0 rotated, resized, adjusted and their mixes; to YUY2,
-// UYVY, NV12; RGB to 4:2:0 without a chosen kernel; RGB to RGB; NV12 to 4:2:0.
-TEST(Frame, RoutesWithoutAKernelReportNotImplemented) {
-  struct Case {
-    uint32_t format, rotation, dstWidth, dstHeight;
-    bool adjust;
-  };
-  const Case cases[] = {{0x000, 1, 16, 8, 0},  {0x000, 3, 32, 8, 0}, {0x000, 0, 32, 16, 0},
-                        {0x000, 0, 16, 8, 1},  {0x000, 0, 8, 4, 1},  {0x000, 2, 16, 8, 1},
-                        {0x000, 5, 32, 16, 1}, {0x006, 0, 16, 8, 0}, {0x007, 0, 16, 8, 0},
-                        {0x008, 0, 16, 8, 0},  {0x300, 0, 16, 8, 0}, {0x500, 1, 16, 8, 0},
-                        {0x900, 0, 16, 8, 0},  {0x303, 0, 16, 8, 0}, {0x305, 0, 16, 8, 0},
-                        {0x403, 0, 16, 8, 0},  {0x404, 0, 16, 8, 0}, {0x800, 0, 16, 8, 0}};
-
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << std::hex << c.format << std::dec << " rotation " << c.rotation
-                                    << " to " << c.dstWidth << "x" << c.dstHeight
-                                    << (c.adjust ? " adjusted" : ""));
-    Instance inst({c.format, 16, 8, c.dstWidth, c.dstHeight, c.rotation});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    if (c.adjust) {
-      ASSERT_EQ(SetAdjust(inst, 140, 128, 128), IMGPRC_OK);
-    }
-    Picture src, dst, before;
-    MakeFor(src, static_cast<int32_t>(c.format) >> 8, 1);
-    MakeFor(dst, c.format & 0xFF, 50);
-    MakeFor(before, c.format & 0xFF, 50);
-    EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_NOTIMPL);
-    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
-  }
-}
-
 // The RGB to YCbCr route calls the kernel set-up chose with the source plane
 // and stride, the destination planes and strides and the source work size; its
 // result is not looked at.
