@@ -144,3 +144,44 @@ class SCRIM_API CCRITCALSECTION {
 
   CRITICAL_SECTION m_cs;
 };
+
+// ==== Handles and synchronisation objects ======================================
+
+#define WAIT_OBJECT_0 0UL
+#define WAIT_TIMEOUT 0x102UL
+#define WAIT_FAILED 0xFFFFFFFFUL
+#define INFINITE 0xFFFFFFFFUL
+#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(-1L))
+
+// Every handle points at one of these. The waitable state is one flag guarded
+// by the object's recursive lock; the condition variable is broadcast when the
+// flag goes up, and waiters re-check after every wake-up. The virtual slots
+// keep this order in every subclass: hosts call through the vtable.
+class SCRIM_API CLinuxSyncObject {
+ public:
+  CLinuxSyncObject();
+  virtual ~CLinuxSyncObject();
+  CLinuxSyncObject(const CLinuxSyncObject&) = delete;
+  CLinuxSyncObject& operator=(const CLinuxSyncObject&) = delete;
+
+  virtual const void* getType() const = 0;
+  // The acquire step, run under the object lock once the object is seen
+  // signalled: 0 on success.
+  virtual int WaitAction() = 0;
+  virtual unsigned long WaitForSignal(unsigned long timeoutMs);
+  virtual bool isSignaled();
+  // Undoes one acquisition where the object can be acquired; 0 on success.
+  virtual int Release();
+
+  int SetSignaled(bool signaled, bool lock);
+  static unsigned long WaitForMultipleObjects(unsigned long count, void* const* handles, int waitAll,
+                                              unsigned long timeoutMs);
+
+ protected:
+  pthread_mutex_t m_lock;
+  pthread_cond_t m_cond;
+  bool signaled;
+};
+
+// The value every subclass's getType() answers: it carries no information.
+extern const char g_scrimSyncObjectType[1];
