@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
@@ -37,6 +38,13 @@ pthread_once_t g_once = PTHREAD_ONCE_INIT;
 bool g_keyMade = false;
 CLinuxThread* mainthread = nullptr;
 
+// Straight to descriptor 2: the stderr stream object only exists on Android
+// from API 23 on.
+void toStderr(const char* text) {
+  ssize_t written = write(2, text, strlen(text));
+  (void)written;
+}
+
 // The kernel's signal set is 64 bits wide, whatever the C library's sigset_t is.
 const long kKernelSigsetBytes = 8;
 
@@ -66,14 +74,14 @@ void installHandler(int signo, void (*handler)(int), const char* failure) {
   action.sa_handler = handler;
   sigemptyset(&action.sa_mask);
   action.sa_flags = 0;
-  if (sigaction(signo, &action, nullptr) != 0) fputs(failure, stderr);
+  if (sigaction(signo, &action, nullptr) != 0) toStderr(failure);
 }
 
 // Runs once, when the first thread is started through the layer: a host that
 // never starts one keeps SIGUSR1 and SIGUSR2 for itself.
 void initThreading() {
   if (pthread_key_create(&g_currentThreadKey, nullptr) != 0) {
-    fputs("Unable to create thread-specific-data key.\n", stderr);
+    toStderr("Unable to create thread-specific-data key.\n");
   } else {
     __atomic_store_n(&g_keyMade, true, __ATOMIC_RELEASE);
   }
@@ -120,7 +128,7 @@ long CLinuxThread::Init(LPTHREAD_START_ROUTINE fn, void* arg, int) {
     return static_cast<long>(thread);
   }
   if (pthread_once(&g_once, initThreading) != 0) {
-    fputs("Unable to run thread-specific-data initialization.\n", stderr);
+    toStderr("Unable to run thread-specific-data initialization.\n");
     return -1;
   }
   StartRecord* start = static_cast<StartRecord*>(malloc(sizeof(StartRecord)));
@@ -130,7 +138,7 @@ long CLinuxThread::Init(LPTHREAD_START_ROUTINE fn, void* arg, int) {
   // thread stores nothing for itself. Message functions that use the current
   // thread depend on exactly this.
   if (!g_keyMade || pthread_setspecific(g_currentThreadKey, this) != 0) {
-    fputs("Unable to save thread handle.\n", stderr);
+    toStderr("Unable to save thread handle.\n");
   }
   if (pthread_create(&thread, nullptr, threadStart, start) != 0) {
     free(start);
