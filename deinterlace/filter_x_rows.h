@@ -22,10 +22,9 @@ struct XBand {
 // Blocks begin..end-1 of a full band, none of them the first or the last
 // block column (a combed block there takes the directional filter, which
 // reads four columns either side of it). The scalar row is the reference.
-// AVX2 runs the SSE4.1 row: built for AVX2 two blocks a step, the row took
-// 1.7 times as long (its sliding sums cross the 128-bit halves).
 void x_interior_blocks_scalar(size_t begin, size_t end, const XBand* band);
 void x_interior_blocks_sse41(size_t begin, size_t end, const XBand* band);
+void x_interior_blocks_avx2(size_t begin, size_t end, const XBand* band);
 void x_interior_blocks_neon(size_t begin, size_t end, const XBand* band);
 
 extern const RowSet<const XBand*> x_interior_rows;

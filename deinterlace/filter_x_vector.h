@@ -1,28 +1,35 @@
 // Mode 7's interior blocks, vector rows: one portable source (GCC and Clang
 // vector extensions) built once per instruction set by the file that
-// includes it after defining X_VECTOR_ROW, the name of the row function.
-// It computes what the scalar row in filter_x.cpp computes, two blocks a
-// step: the detection of both blocks, then per odd line the three direction
-// costs of the sixteen pixels when either block combs, and per block the
-// directional or the progressive result, as its detection asks.
+// includes it after defining
+//   X_VECTOR_BYTES  pixels per step, one register of bytes (16; AVX2 32)
+//   X_VECTOR_ROW    the name of the row function.
+// It computes what the scalar row in filter_x.cpp computes, X_VECTOR_BYTES / 8
+// blocks a step: the detection of each block, then per odd line the
+// directional result of the step's pixels when any block combs, the
+// progressive one when any does not, and per block the one its detection
+// asks for. The directional averages are taken in bytes.
 //
-// SSE4.1 replaces two pieces with intrinsics, each measured on the 1080p
-// benchmark: the detection's squares and sums (pmaddwd, phaddd) and the
-// direction costs (psadbw); together they took mode 7 from 4.2 to N ms.
+// x86 replaces two pieces with intrinsics, measured on the 1080p benchmark:
+// the detection's squares and sums (pmaddwd, phaddd) and the direction costs
+// (psadbw, eight absolute differences summed in one instruction).
 #include <string.h>
 
 #include <utility>
 
 #include "deinterlace/filter_x_rows.h"
 
-#if defined(__SSE4_1__)
+#if defined(__AVX2__)
+#include <immintrin.h>
+#elif defined(__SSE4_1__)
 #include <smmintrin.h>
 #endif
 
 namespace {
 
-// Sixteen columns (two blocks) per step, in vectors of one 16-byte register:
-// sixteen bytes, or eight 16-bit lanes for one block.
+// Pixels per step: one register of bytes, two or four blocks.
+constexpr unsigned P = X_VECTOR_BYTES;
+
+typedef uint8_t U8v __attribute__((vector_size(P)));
 typedef uint8_t U8x16 __attribute__((vector_size(16)));
 typedef uint8_t U8x8 __attribute__((vector_size(8)));
 typedef int16_t I16x8 __attribute__((vector_size(16)));
@@ -46,7 +53,7 @@ X_INLINE void store8(uint8_t* p, I16x8 v) {  // lanes hold 0..255
 
 // ---- detection of the block at x (see block_is_combed in filter_x.cpp) ----
 
-#if defined(__SSE4_1__)
+#if defined(__SSE4_1__) || defined(__AVX2__)
 // pmaddwd squares and pairs the differences in one step; three horizontal
 // adds leave the four line pairs' sums side by side.
 X_INLINE bool block_combed(const XBand& b, size_t x) {
@@ -94,32 +101,73 @@ X_INLINE bool block_combed(const XBand& b, size_t x) {
 }
 #endif
 
-// ---- direction costs of sixteen pixels (see direction_cost in filter_x.cpp) ----
+// ---- which direction each pixel takes (see block_field_directional) ----
 
-// |above[x + k + dir] - below[x + k - dir]| summed over k = -3..4, for the
-// pixels x .. x+7 (lo) and x+8 .. x+15 (hi).
-struct Costs {
-  I16x8 lo, hi;
+// All ones where the pixel takes the left diagonal, or the right one, from
+// the three direction costs: a diagonal only when strictly cheaper than the
+// vertical while the other diagonal is not.
+struct Directions {
+  U8v left, right;
 };
 
-#if defined(__SSE4_1__)
-// psadbw sums eight absolute differences at once: the load at offset k gives
-// the costs of pixels x+k and x+k+8, which are then packed in order. Reads
-// columns x-4 .. x+20.
+#if defined(__AVX2__)
+// psadbw sums eight absolute differences at once: per 128-bit half, the load
+// at offset k gives the costs of pixels k and k+8 of that half, which are
+// packed into the half in order. The cost lanes thus run 0-7, 16-23 | 8-15,
+// 24-31 across the two vectors, which is the order the saturating pack
+// (itself per 128-bit half) puts back. Reads columns x-4 .. x+36.
 template <int dir>
-X_INLINE Costs direction_costs(const uint8_t* above, const uint8_t* below) {
+X_INLINE void direction_costs(const uint8_t* above, const uint8_t* below, __m256i* c0, __m256i* c1) {
+  const uint8_t* a = above - 3 + dir;
+  const uint8_t* b = below - 3 - dir;
+  __m256i r[8];
+  X_UNROLL for (int k = 0; k < 8; ++k) r[k] = _mm256_sad_epu8(_mm256_loadu_si256((const __m256i*)(a + k)),
+                                                              _mm256_loadu_si256((const __m256i*)(b + k)));
+  auto four = [](__m256i q0, __m256i q1, __m256i q2, __m256i q3) {
+    return _mm256_or_si256(_mm256_or_si256(q0, _mm256_slli_epi64(q1, 16)),
+                           _mm256_or_si256(_mm256_slli_epi64(q2, 32), _mm256_slli_epi64(q3, 48)));
+  };
+  const __m256i first = four(r[0], r[1], r[2], r[3]), second = four(r[4], r[5], r[6], r[7]);
+  *c0 = _mm256_unpacklo_epi64(first, second);
+  *c1 = _mm256_unpackhi_epi64(first, second);
+}
+
+X_INLINE Directions directions(const uint8_t* above, const uint8_t* below) {
+  __m256i l0, l1, v0, v1, r0, r1;
+  direction_costs<-1>(above, below, &l0, &l1);
+  direction_costs<0>(above, below, &v0, &v1);
+  direction_costs<+1>(above, below, &r0, &r1);
+  const __m256i leftLess = _mm256_packs_epi16(_mm256_cmpgt_epi16(v0, l0), _mm256_cmpgt_epi16(v1, l1));
+  const __m256i rightLess = _mm256_packs_epi16(_mm256_cmpgt_epi16(v0, r0), _mm256_cmpgt_epi16(v1, r1));
+  return Directions{(U8v)_mm256_andnot_si256(rightLess, leftLess),
+                    (U8v)_mm256_andnot_si256(leftLess, rightLess)};
+}
+#elif defined(__SSE4_1__)
+// As for AVX2, in one 128-bit half. Reads columns x-4 .. x+20.
+template <int dir>
+X_INLINE void direction_costs(const uint8_t* above, const uint8_t* below, __m128i* c0, __m128i* c1) {
   const uint8_t* a = above - 3 + dir;
   const uint8_t* b = below - 3 - dir;
   __m128i r[8];
   X_UNROLL for (int k = 0; k < 8; ++k) r[k] =
       _mm_sad_epu8(_mm_loadu_si128((const __m128i*)(a + k)), _mm_loadu_si128((const __m128i*)(b + k)));
-  auto four = [](__m128i c0, __m128i c1, __m128i c2, __m128i c3) {
-    return _mm_or_si128(_mm_or_si128(c0, _mm_slli_epi64(c1, 16)),
-                        _mm_or_si128(_mm_slli_epi64(c2, 32), _mm_slli_epi64(c3, 48)));
+  auto four = [](__m128i q0, __m128i q1, __m128i q2, __m128i q3) {
+    return _mm_or_si128(_mm_or_si128(q0, _mm_slli_epi64(q1, 16)),
+                        _mm_or_si128(_mm_slli_epi64(q2, 32), _mm_slli_epi64(q3, 48)));
   };
-  const __m128i first = four(r[0], r[1], r[2], r[3]);  // x..x+3 | x+8..x+11
-  const __m128i second = four(r[4], r[5], r[6], r[7]);
-  return Costs{(I16x8)_mm_unpacklo_epi64(first, second), (I16x8)_mm_unpackhi_epi64(first, second)};
+  const __m128i first = four(r[0], r[1], r[2], r[3]), second = four(r[4], r[5], r[6], r[7]);
+  *c0 = _mm_unpacklo_epi64(first, second);
+  *c1 = _mm_unpackhi_epi64(first, second);
+}
+
+X_INLINE Directions directions(const uint8_t* above, const uint8_t* below) {
+  __m128i l0, l1, v0, v1, r0, r1;
+  direction_costs<-1>(above, below, &l0, &l1);
+  direction_costs<0>(above, below, &v0, &v1);
+  direction_costs<+1>(above, below, &r0, &r1);
+  const __m128i leftLess = _mm_packs_epi16(_mm_cmpgt_epi16(v0, l0), _mm_cmpgt_epi16(v1, l1));
+  const __m128i rightLess = _mm_packs_epi16(_mm_cmpgt_epi16(v0, r0), _mm_cmpgt_epi16(v1, r1));
+  return Directions{(U8v)_mm_andnot_si128(rightLess, leftLess), (U8v)_mm_andnot_si128(leftLess, rightLess)};
 }
 #else
 // Lanes s .. s+7 of the sixteen lanes lo, hi.
@@ -128,8 +176,9 @@ X_INLINE I16x8 lanes_from(I16x8 lo, I16x8 hi) {
   return __builtin_shufflevector(lo, hi, s, s + 1, s + 2, s + 3, s + 4, s + 5, s + 6, s + 7);
 }
 
-// The differences for x-3 .. x+12 are formed once and summed over sliding
-// windows of 2, 4 and 8. Reads columns x-4 .. x+13.
+// Costs of the eight pixels from x: the differences for x-3 .. x+12 are
+// formed once and summed over sliding windows of 2, 4 and 8. Reads columns
+// x-4 .. x+13.
 template <int dir>
 X_INLINE I16x8 direction_cost8(const uint8_t* above, const uint8_t* below) {
   U8x16 va, vb;
@@ -147,52 +196,83 @@ X_INLINE I16x8 direction_cost8(const uint8_t* above, const uint8_t* below) {
   return lo + lanes_from<4>(lo, hi);  // of 8
 }
 
-template <int dir>
-X_INLINE Costs direction_costs(const uint8_t* above, const uint8_t* below) {
-  return Costs{direction_cost8<dir>(above, below), direction_cost8<dir>(above + 8, below + 8)};
+X_INLINE U8x16 join_masks(I16x8 lo, I16x8 hi) {
+  typedef int8_t I8x8 __attribute__((vector_size(8)));
+  const I8x8 l = __builtin_convertvector(lo, I8x8), h = __builtin_convertvector(hi, I8x8);
+  return (U8x16)__builtin_shufflevector(l, h, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+}
+
+X_INLINE Directions directions(const uint8_t* above, const uint8_t* below) {
+  I16x8 leftLess[2], rightLess[2];
+  for (unsigned h = 0; h < 2; ++h) {
+    const I16x8 left = direction_cost8<-1>(above + 8 * h, below + 8 * h);
+    const I16x8 vert = direction_cost8<0>(above + 8 * h, below + 8 * h);
+    const I16x8 right = direction_cost8<+1>(above + 8 * h, below + 8 * h);
+    leftLess[h] = left < vert;
+    rightLess[h] = right < vert;
+  }
+  const U8x16 l = join_masks(leftLess[0], leftLess[1]), r = join_masks(rightLess[0], rightLess[1]);
+  return Directions{l & ~r, r & ~l};
 }
 #endif
 
-// See block_field_directional in filter_x.cpp: eight pixels from the costs
-// of their three directions.
-X_INLINE I16x8 directional8(const uint8_t* above, const uint8_t* below, I16x8 costLeft, I16x8 costVert,
-                            I16x8 costRight) {
-  I16x8 useLeft = (costLeft < costVert) & (costRight >= costVert);
-  I16x8 useRight = (costRight < costVert) & (costLeft >= costVert);
-  I16x8 vert = (widen8(above) + widen8(below)) >> 1;
-  I16x8 left = (widen8(above - 1) + widen8(below + 1)) >> 1;
-  I16x8 right = (widen8(above + 1) + widen8(below - 1)) >> 1;
-  return (useLeft & left) | (useRight & right) | (~(useLeft | useRight) & vert);
+// ---- the odd lines, P pixels at a time ----
+
+X_INLINE U8v load(const uint8_t* p) {
+  U8v v;
+  memcpy(&v, p, P);
+  return v;
 }
 
-X_INLINE I16x8 progressive8(const uint8_t* above, const uint8_t* line, const uint8_t* below) {
-  return (widen8(above) + 6 * widen8(line) + widen8(below) + 4) >> 3;
+// (a + b) >> 1 without leaving 8 bits.
+X_INLINE U8v average_down(U8v a, U8v b) { return (a & b) + ((a ^ b) >> 1); }
+
+X_INLINE U8v directional(const uint8_t* above, const uint8_t* below) {
+  const Directions d = directions(above, below);
+  const U8v vert = average_down(load(above), load(below));
+  const U8v left = average_down(load(above - 1), load(below + 1));
+  const U8v right = average_down(load(above + 1), load(below - 1));
+  return (d.left & left) | (d.right & right) | (~(d.left | d.right) & vert);
+}
+
+// (above + 6·line + below + 4) >> 3, eight pixels at a time.
+X_INLINE U8v progressive(const uint8_t* above, const uint8_t* line, const uint8_t* below) {
+  uint8_t out[P];
+  for (unsigned i = 0; i < P; i += 8) {
+    const I16x8 r = (widen8(above + i) + 6 * widen8(line + i) + widen8(below + i) + 4) >> 3;
+    const U8x8 n = __builtin_convertvector(r, U8x8);
+    memcpy(out + i, &n, 8);
+  }
+  return load(out);
 }
 
 }  // namespace
 
 void X_VECTOR_ROW(size_t begin, size_t end, const XBand* band) {
   const XBand& b = *band;
-  for (size_t x = begin * kXBlock; x < end * kXBlock; x += 2 * kXBlock) {
-    const bool combedLo = block_combed(b, x), combedHi = block_combed(b, x + kXBlock);
+  for (size_t x = begin * kXBlock; x < end * kXBlock; x += P) {
+    uint64_t blockMasks[P / kXBlock];
+    bool any = false, all = true;
+    for (unsigned g = 0; g < P / kXBlock; ++g) {
+      const bool c = block_combed(b, x + g * kXBlock);
+      blockMasks[g] = c ? ~uint64_t(0) : 0;
+      any |= c;
+      all &= c;
+    }
+    U8v combed;
+    memcpy(&combed, blockMasks, P);
     X_UNROLL for (unsigned y = 0; y < kXBlock; y += 2) {
       const uint8_t* above = b.s[y] + x;
-      const uint8_t* line = b.s[y + 1] + x;
       const uint8_t* below = b.s[y + 2] + x;
-      uint8_t* out = b.d[y + 1] + x;
-      memcpy(b.d[y] + x, above, 2 * kXBlock);
-      if (combedLo || combedHi) {
-        const Costs left = direction_costs<-1>(above, below);
-        const Costs vert = direction_costs<0>(above, below);
-        const Costs right = direction_costs<+1>(above, below);
-        store8(out, combedLo ? directional8(above, below, left.lo, vert.lo, right.lo)
-                             : progressive8(above, line, below));
-        store8(out + 8, combedHi ? directional8(above + 8, below + 8, left.hi, vert.hi, right.hi)
-                                 : progressive8(above + 8, line + 8, below + 8));
-      } else {
-        store8(out, progressive8(above, line, below));
-        store8(out + 8, progressive8(above + 8, line + 8, below + 8));
-      }
+      memcpy(b.d[y] + x, above, P);
+      U8v r;
+      if (all)
+        r = directional(above, below);
+      else if (any)
+        r = (combed & directional(above, below)) | (~combed & progressive(above, b.s[y + 1] + x, below));
+      else
+        r = progressive(above, b.s[y + 1] + x, below);
+      memcpy(b.d[y + 1] + x, &r, P);
     }
   }
 }
