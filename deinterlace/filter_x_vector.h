@@ -110,64 +110,60 @@ struct Directions {
   U8v left, right;
 };
 
+#if defined(__AVX2__) || defined(__SSE4_1__)
+// psadbw sums eight absolute differences at once: the load at offset k gives,
+// per 128-bit half, the costs of the half's pixels k and k+8 in the low words
+// of its two 64-bit lanes. Two rounds of packs gather the sixteen costs of a
+// half as pixels 0 8 1 9 2 10 3 11 | 4 12 5 13 6 14 7 15; the three
+// directions share that order, so they are compared in it, and one byte
+// shuffle per mask puts the pixels back in order.
 #if defined(__AVX2__)
-// psadbw sums eight absolute differences at once: per 128-bit half, the load
-// at offset k gives the costs of pixels k and k+8 of that half, which are
-// packed into the half in order. The cost lanes thus run 0-7, 16-23 | 8-15,
-// 24-31 across the two vectors, which is the order the saturating pack
-// (itself per 128-bit half) puts back. Reads columns x-4 .. x+36.
+typedef __m256i Reg;
+X_INLINE Reg loadu(const uint8_t* p) { return _mm256_loadu_si256((const Reg*)p); }
+X_INLINE Reg sad(Reg a, Reg b) { return _mm256_sad_epu8(a, b); }
+X_INLINE Reg packus32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
+X_INLINE Reg packs16(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
+X_INLINE Reg greater16(Reg a, Reg b) { return _mm256_cmpgt_epi16(a, b); }
+X_INLINE Reg and_not(Reg a, Reg b) { return _mm256_andnot_si256(a, b); }
+X_INLINE Reg shuffle_bytes(Reg a, Reg order) { return _mm256_shuffle_epi8(a, order); }
+X_INLINE Reg byte_order(const int8_t* o) {
+  return _mm256_broadcastsi128_si256(_mm_loadu_si128((const __m128i*)o));
+}
+#else
+typedef __m128i Reg;
+X_INLINE Reg loadu(const uint8_t* p) { return _mm_loadu_si128((const Reg*)p); }
+X_INLINE Reg sad(Reg a, Reg b) { return _mm_sad_epu8(a, b); }
+X_INLINE Reg packus32(Reg a, Reg b) { return _mm_packus_epi32(a, b); }
+X_INLINE Reg packs16(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
+X_INLINE Reg greater16(Reg a, Reg b) { return _mm_cmpgt_epi16(a, b); }
+X_INLINE Reg and_not(Reg a, Reg b) { return _mm_andnot_si128(a, b); }
+X_INLINE Reg shuffle_bytes(Reg a, Reg order) { return _mm_shuffle_epi8(a, order); }
+X_INLINE Reg byte_order(const int8_t* o) { return _mm_loadu_si128((const __m128i*)o); }
+#endif
+
+// The costs of one direction, as two vectors of 16-bit lanes in the order
+// above. Reads columns x-4 .. x+P+4.
 template <int dir>
-X_INLINE void direction_costs(const uint8_t* above, const uint8_t* below, __m256i* c0, __m256i* c1) {
+X_INLINE void direction_costs(const uint8_t* above, const uint8_t* below, Reg* c0, Reg* c1) {
   const uint8_t* a = above - 3 + dir;
   const uint8_t* b = below - 3 - dir;
-  __m256i r[8];
-  X_UNROLL for (int k = 0; k < 8; ++k) r[k] = _mm256_sad_epu8(_mm256_loadu_si256((const __m256i*)(a + k)),
-                                                              _mm256_loadu_si256((const __m256i*)(b + k)));
-  auto four = [](__m256i q0, __m256i q1, __m256i q2, __m256i q3) {
-    return _mm256_or_si256(_mm256_or_si256(q0, _mm256_slli_epi64(q1, 16)),
-                           _mm256_or_si256(_mm256_slli_epi64(q2, 32), _mm256_slli_epi64(q3, 48)));
-  };
-  const __m256i first = four(r[0], r[1], r[2], r[3]), second = four(r[4], r[5], r[6], r[7]);
-  *c0 = _mm256_unpacklo_epi64(first, second);
-  *c1 = _mm256_unpackhi_epi64(first, second);
+  Reg r[8];
+  X_UNROLL for (int k = 0; k < 8; ++k) r[k] = sad(loadu(a + k), loadu(b + k));
+  *c0 = packus32(packus32(r[0], r[1]), packus32(r[2], r[3]));
+  *c1 = packus32(packus32(r[4], r[5]), packus32(r[6], r[7]));
 }
 
 X_INLINE Directions directions(const uint8_t* above, const uint8_t* below) {
-  __m256i l0, l1, v0, v1, r0, r1;
+  static const int8_t kInOrder[16] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 3, 5, 7, 9, 11, 13, 15};
+  Reg l0, l1, v0, v1, r0, r1;
   direction_costs<-1>(above, below, &l0, &l1);
   direction_costs<0>(above, below, &v0, &v1);
   direction_costs<+1>(above, below, &r0, &r1);
-  const __m256i leftLess = _mm256_packs_epi16(_mm256_cmpgt_epi16(v0, l0), _mm256_cmpgt_epi16(v1, l1));
-  const __m256i rightLess = _mm256_packs_epi16(_mm256_cmpgt_epi16(v0, r0), _mm256_cmpgt_epi16(v1, r1));
-  return Directions{(U8v)_mm256_andnot_si256(rightLess, leftLess),
-                    (U8v)_mm256_andnot_si256(leftLess, rightLess)};
-}
-#elif defined(__SSE4_1__)
-// As for AVX2, in one 128-bit half. Reads columns x-4 .. x+20.
-template <int dir>
-X_INLINE void direction_costs(const uint8_t* above, const uint8_t* below, __m128i* c0, __m128i* c1) {
-  const uint8_t* a = above - 3 + dir;
-  const uint8_t* b = below - 3 - dir;
-  __m128i r[8];
-  X_UNROLL for (int k = 0; k < 8; ++k) r[k] =
-      _mm_sad_epu8(_mm_loadu_si128((const __m128i*)(a + k)), _mm_loadu_si128((const __m128i*)(b + k)));
-  auto four = [](__m128i q0, __m128i q1, __m128i q2, __m128i q3) {
-    return _mm_or_si128(_mm_or_si128(q0, _mm_slli_epi64(q1, 16)),
-                        _mm_or_si128(_mm_slli_epi64(q2, 32), _mm_slli_epi64(q3, 48)));
-  };
-  const __m128i first = four(r[0], r[1], r[2], r[3]), second = four(r[4], r[5], r[6], r[7]);
-  *c0 = _mm_unpacklo_epi64(first, second);
-  *c1 = _mm_unpackhi_epi64(first, second);
-}
-
-X_INLINE Directions directions(const uint8_t* above, const uint8_t* below) {
-  __m128i l0, l1, v0, v1, r0, r1;
-  direction_costs<-1>(above, below, &l0, &l1);
-  direction_costs<0>(above, below, &v0, &v1);
-  direction_costs<+1>(above, below, &r0, &r1);
-  const __m128i leftLess = _mm_packs_epi16(_mm_cmpgt_epi16(v0, l0), _mm_cmpgt_epi16(v1, l1));
-  const __m128i rightLess = _mm_packs_epi16(_mm_cmpgt_epi16(v0, r0), _mm_cmpgt_epi16(v1, r1));
-  return Directions{(U8v)_mm_andnot_si128(rightLess, leftLess), (U8v)_mm_andnot_si128(leftLess, rightLess)};
+  const Reg leftLess = packs16(greater16(v0, l0), greater16(v1, l1));
+  const Reg rightLess = packs16(greater16(v0, r0), greater16(v1, r1));
+  const Reg order = byte_order(kInOrder);
+  return Directions{(U8v)shuffle_bytes(and_not(rightLess, leftLess), order),
+                    (U8v)shuffle_bytes(and_not(leftLess, rightLess), order)};
 }
 #else
 // Lanes s .. s+7 of the sixteen lanes lo, hi.

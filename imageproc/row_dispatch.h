@@ -6,10 +6,10 @@
 // A row function has the form void fn(size_t begin, size_t end, Args...): it
 // works the units (pixels, blocks, whatever the row is made of) begin..end-1
 // of one row, reading and writing through its other arguments. A vector row
-// is only ever given a multiple of its `step` units; run_row hands the
-// rest to the scalar row, so no vector row carries a tail loop and every
-// scalar row is also the reference the checker (tools/scrim-checkasm) holds
-// the vector rows to.
+// is only ever given a multiple of its `step` units; run_row hands the rest
+// to a narrower vector row and then to the scalar row, so no vector row
+// carries a tail loop, and every scalar row is also the reference that the
+// checker (tools/scrim-checkasm) holds the vector rows to.
 //
 // Adding a row: write the scalar row, write the vector rows (one portable
 // source built once per instruction set: a file named *_sse41.cpp, *_avx2.cpp
@@ -34,32 +34,36 @@ struct RowSet {
   VectorRow<Args...> sse41, avx2, neon;
 };
 
-// The row chosen for one level: a vector row (fn may be null) and the scalar row.
+// The rows chosen for one level: the widest vector row, a narrower one for
+// what is left of the row after it (AVX2 leaves its remainder to SSE4.1), and
+// the scalar row for the last units. Missing rows have a null fn.
 template <typename... Args>
 struct Row {
-  VectorRow<Args...> vector;
+  VectorRow<Args...> vector, narrower;
   void (*scalar)(size_t begin, size_t end, Args...);
 };
 
-// The best row of `set` at `level`: AVX2 falls back to SSE4.1, any missing
-// row to the scalar row alone.
 template <typename... Args>
 Row<Args...> pick_row(const RowSet<Args...>& set, CpuLevel level = cpu_level()) {
-  VectorRow<Args...> v{nullptr, 1};
-  if (level == CPU_NEON) v = set.neon;
-  if (level == CPU_AVX2) v = set.avx2.fn != nullptr ? set.avx2 : set.sse41;
-  if (level == CPU_SSE41) v = set.sse41;
-  return Row<Args...>{v, set.scalar};
+  Row<Args...> row{{nullptr, 1}, {nullptr, 1}, set.scalar};
+  if (level == CPU_NEON) row.vector = set.neon;
+  if (level == CPU_SSE41) row.vector = set.sse41;
+  if (level == CPU_AVX2) {
+    row.vector = set.avx2.fn != nullptr ? set.avx2 : set.sse41;
+    if (set.avx2.fn != nullptr) row.narrower = set.sse41;
+  }
+  return row;
 }
 
-// Units begin..end-1: whole steps by the vector row, the remainder by the
-// scalar row.
+// Units begin..end-1: whole steps by the vector row, whole steps of what is
+// left by the narrower row, the rest by the scalar row.
 template <typename... Args>
 inline void run_row(const Row<Args...>& row, size_t begin, size_t end, Args... args) {
-  size_t split = begin;
-  if (row.vector.fn != nullptr && end > begin) {
-    split = end - (end - begin) % row.vector.step;
-    if (split > begin) row.vector.fn(begin, split, args...);
+  for (const VectorRow<Args...>& v : {row.vector, row.narrower}) {
+    if (v.fn == nullptr || end - begin < v.step) continue;
+    const size_t split = end - (end - begin) % v.step;
+    v.fn(begin, split, args...);
+    begin = split;
   }
-  if (split < end) row.scalar(split, end, args...);
+  if (begin < end) row.scalar(begin, end, args...);
 }
