@@ -247,16 +247,18 @@ X_INLINE U8v progressive(const uint8_t* above, const uint8_t* line, const uint8_
 void X_VECTOR_ROW(size_t begin, size_t end, const XBand* band) {
   const XBand& b = *band;
   for (size_t x = begin * kXBlock; x < end * kXBlock; x += P) {
-    uint64_t blockMasks[P / kXBlock];
+    // All ones in the bytes of a combed block (built in a register: a
+    // vector load of smaller stores just made would stall).
+    typedef uint64_t U64v __attribute__((vector_size(P)));
+    U64v blockMasks = {};
     bool any = false, all = true;
-    for (unsigned g = 0; g < P / kXBlock; ++g) {
+    X_UNROLL for (unsigned g = 0; g < P / kXBlock; ++g) {
       const bool c = block_combed(b, x + g * kXBlock);
       blockMasks[g] = c ? ~uint64_t(0) : 0;
       any |= c;
       all &= c;
     }
-    U8v combed;
-    memcpy(&combed, blockMasks, P);
+    const U8v combed = (U8v)blockMasks;
     X_UNROLL for (unsigned y = 0; y < kXBlock; y += 2) {
       const uint8_t* above = b.s[y] + x;
       const uint8_t* below = b.s[y + 2] + x;
