@@ -14,13 +14,15 @@ namespace {
 
 void usage(FILE* out) {
   fprintf(out,
-          "usage: scrim-checkasm [--cpu LEVEL] [--seed N] [--filter TEXT] [--bench]\n"
+          "usage: scrim-checkasm [--cpu LEVEL] [--seed N] [--filter TEXT] [--bench | --repeat N]\n"
           "Checks each vector row function against its scalar row on random rows of\n"
           "every remainder length, at each instruction-set level the CPU offers.\n"
           "  --cpu LEVEL    only this level: scalar, sse41, avx2 or neon\n"
           "  --seed N       random seed (default 1)\n"
           "  --filter TEXT  only the row sets whose name contains TEXT\n"
           "  --bench        also time each row against the scalar row\n"
+          "  --repeat N     no check: run each chosen row N times on one 1920-pixel row\n"
+          "                (count instructions of two runs and divide the difference)\n"
           "  --help         this text\n"
           "Exit status: 0 all rows match, 1 a row differs, 2 bad usage.\n");
 }
@@ -32,6 +34,7 @@ int main(int argc, char** argv) {
   unsigned seed = 1;
   std::string filter;
   bool bench = false;
+  long repeat = -1;
   for (int i = 1; i < argc; ++i) {
     const char* a = argv[i];
     const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
@@ -51,6 +54,14 @@ int main(int argc, char** argv) {
         return 2;
       }
       levels.push_back(level);
+      ++i;
+    } else if (strcmp(a, "--repeat") == 0 && value != nullptr) {
+      char* end = nullptr;
+      repeat = strtol(value, &end, 10);
+      if (*end != '\0' || repeat < 0) {
+        fprintf(stderr, "scrim-checkasm: --repeat takes a count, not \"%s\"\n", value);
+        return 2;
+      }
       ++i;
     } else if (strcmp(a, "--seed") == 0 && value != nullptr) {
       seed = unsigned(strtoul(value, nullptr, 10));
@@ -73,6 +84,11 @@ int main(int argc, char** argv) {
   for (const RowCheck& c : row_checks()) {
     if (c.name == nullptr || std::string(c.name).find(filter) == std::string::npos) continue;
     for (CpuLevel level : levels) {
+      if (repeat >= 0) {
+        c.repeat(level, unsigned(repeat));
+        printf("%-32s %-6s ran %ld times\n", c.name, cpu_level_name(level), repeat);
+        continue;
+      }
       std::string failure;
       const bool ok = c.check(level, seed, &failure);
       printf("%-32s %-6s %s%s\n", c.name, cpu_level_name(level), ok ? "ok" : "DIFFERS: ", failure.c_str());

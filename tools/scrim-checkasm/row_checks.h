@@ -17,6 +17,9 @@ struct RowCheck {
   // Nanoseconds per call of the scalar row and of the row chosen at `level`
   // on one 1920-pixel row.
   void (*bench)(CpuLevel level, double* scalarNs, double* chosenNs);
+  // The row chosen at `level` run `calls` times on that row, nothing else:
+  // for counting instructions under emulation.
+  void (*repeat)(CpuLevel level, unsigned calls);
 };
 
 const std::vector<RowCheck>& row_checks();
