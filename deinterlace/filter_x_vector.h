@@ -40,10 +40,29 @@ typedef uint32_t U32x4 __attribute__((vector_size(16)));
 // The short fixed loops below are unrolled so that their arrays stay in registers.
 #define X_UNROLL _Pragma("GCC unroll 10")
 
+// Zero extension of the low (first) or high eight bytes to 16-bit lanes, as
+// an interleave with zeros: GCC 12 builds a widening __builtin_convertvector
+// lane by lane on aarch64, while the interleave is one zip there (and one
+// punpck on x86).
+X_INLINE I16x8 low_bytes_widened(U8x16 v) {
+  const U8x16 z = {};
+  return (I16x8)__builtin_shufflevector(v, z, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+}
+X_INLINE I16x8 high_bytes_widened(U8x16 v) {
+  const U8x16 z = {};
+  return (I16x8)__builtin_shufflevector(v, z, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+}
+
 X_INLINE I16x8 widen8(const uint8_t* p) {
-  U8x8 v;
+#if defined(__x86_64__)
+  U8x8 v;  // one pmovzxbw from memory
   memcpy(&v, p, 8);
   return __builtin_convertvector(v, I16x8);
+#else
+  U8x16 v = {};
+  memcpy(&v, p, 8);
+  return low_bytes_widened(v);
+#endif
 }
 
 X_INLINE void store8(uint8_t* p, I16x8 v) {  // lanes hold 0..255
@@ -80,8 +99,9 @@ X_INLINE bool block_combed(const XBand& b, size_t x) {
 X_INLINE U32x4 square_sum(I16x8 d) {
   U16x8 du = (U16x8)d;
   U16x8 sq = du * du;
-  return __builtin_convertvector(__builtin_shufflevector(sq, sq, 0, 1, 2, 3), U32x4) +
-         __builtin_convertvector(__builtin_shufflevector(sq, sq, 4, 5, 6, 7), U32x4);
+  const U16x8 z = {};
+  return (U32x4)__builtin_shufflevector(sq, z, 0, 8, 1, 9, 2, 10, 3, 11) +
+         (U32x4)__builtin_shufflevector(sq, z, 4, 12, 5, 13, 6, 14, 7, 15);
 }
 
 X_INLINE uint32_t lanes_sum(U32x4 v) {
@@ -181,9 +201,8 @@ X_INLINE I16x8 direction_cost8(const uint8_t* above, const uint8_t* below) {
   memcpy(&va, above - 3 + dir, 16);
   memcpy(&vb, below - 3 - dir, 16);
   const U8x16 diff = (va > vb ? va : vb) - (va > vb ? vb : va);
-  I16x8 lo = __builtin_convertvector(__builtin_shufflevector(diff, diff, 0, 1, 2, 3, 4, 5, 6, 7), I16x8);
-  I16x8 hi =
-      __builtin_convertvector(__builtin_shufflevector(diff, diff, 8, 9, 10, 11, 12, 13, 14, 15), I16x8);
+  I16x8 lo = low_bytes_widened(diff);
+  I16x8 hi = high_bytes_widened(diff);
   const I16x8 zero = {};
   lo += lanes_from<1>(lo, hi);  // lane i: sum of 2 from i
   hi += lanes_from<1>(hi, zero);
