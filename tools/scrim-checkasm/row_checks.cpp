@@ -5,6 +5,7 @@
 #include <chrono>
 #include <random>
 
+#include "deinterlace/deint_filters.h"
 #include "deinterlace/filter_x_rows.h"
 
 namespace {
@@ -101,11 +102,83 @@ void repeat_x_interior(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 1, blocks - 1, static_cast<const XBand*>(&image.band));
 }
 
+// ---- the five-tap line filter, out of place and in place ------------------
+
+// Five random source lines of `n` bytes and a destination with guard bytes;
+// in place, the destination is line 2 and line 0 is the buffer that keeps
+// line 2's original. Values near 0 and 255 reach both clamps.
+struct TapImage {
+  static constexpr size_t kGuard = 32;
+  std::vector<uint8_t> lines[5], dst, keep;
+  DeintTapLines l;
+
+  TapImage(size_t n, bool inPlace, std::mt19937& rng) {
+    for (auto& line : lines) {
+      line.resize(n + 2 * kGuard);
+      for (auto& v : line) v = uint8_t(rng() % 4 == 0 ? (rng() % 2) * 255 : rng());
+    }
+    dst.assign(n + 2 * kGuard, 0xA5);
+    point(inPlace);
+  }
+  void point(bool inPlace) {
+    for (unsigned j = 0; j < 5; ++j) l.p[j] = lines[j].data() + kGuard;
+    l.dst = inPlace ? lines[2].data() + kGuard : dst.data() + kGuard;
+    l.keep = inPlace ? lines[0].data() + kGuard : nullptr;
+  }
+  bool operator==(const TapImage& o) const {
+    for (unsigned j = 0; j < 5; ++j)
+      if (lines[j] != o.lines[j]) return false;
+    return dst == o.dst;
+  }
+};
+
+template <bool inPlace>
+bool check_taps(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const RowSet<const DeintTapLines*>& set = inPlace ? deint_taps_inplace_rows : deint_taps_rows;
+  const Row<const DeintTapLines*> row = pick_row(set, level);
+  for (size_t n = 1; n <= 5 * row.vector.step; ++n)
+    for (unsigned round = 0; round < 4; ++round) {
+      const size_t begin = rng() % 3;
+      TapImage want(n + begin, inPlace, rng);
+      TapImage got = want;
+      got.point(inPlace);
+      set.scalar(begin, begin + n, &want.l);
+      run_row(row, begin, begin + n, static_cast<const DeintTapLines*>(&got.l));
+      if (!(got == want)) {
+        *failure = "bytes " + std::to_string(begin) + ".." + std::to_string(begin + n - 1) + " differ";
+        return false;
+      }
+    }
+  return true;
+}
+
+template <bool inPlace>
+void bench_taps(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  TapImage image(1920, inPlace, rng);
+  const RowSet<const DeintTapLines*>& set = inPlace ? deint_taps_inplace_rows : deint_taps_rows;
+  const Row<const DeintTapLines*> row = pick_row(set, level);
+  const DeintTapLines* l = &image.l;
+  *scalarNs = ns_per_call([&] { set.scalar(0, 1920, l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 1920, l); });
+}
+
+template <bool inPlace>
+void repeat_taps(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  TapImage image(1920, inPlace, rng);
+  const Row<const DeintTapLines*> row = pick_row(inPlace ? deint_taps_inplace_rows : deint_taps_rows, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, static_cast<const DeintTapLines*>(&image.l));
+}
+
 }  // namespace
 
 const std::vector<RowCheck>& row_checks() {
   static const std::vector<RowCheck> checks = {
       {"deinterlace_x_interior_blocks", check_x_interior, bench_x_interior, repeat_x_interior},
+      {"deinterlace_taps", check_taps<false>, bench_taps<false>, repeat_taps<false>},
+      {"deinterlace_taps_inplace", check_taps<true>, bench_taps<true>, repeat_taps<true>},
   };
   return checks;
 }
