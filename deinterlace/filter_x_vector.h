@@ -14,8 +14,6 @@
 // (psadbw, eight absolute differences summed in one instruction).
 #include <string.h>
 
-#include <utility>
-
 #include "deinterlace/filter_x_rows.h"
 
 #if defined(__AVX2__)
