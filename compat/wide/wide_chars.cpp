@@ -155,14 +155,17 @@ namespace {
 // Copies a string one element at a time with the library's usual contract: a
 // null destination only counts; the terminator ends the copy, is stored when
 // there is room, and clears *src.
+// A narrow character widens as the byte it is, whatever the sign of char.
+unsigned char byteValue(char c) { return static_cast<unsigned char>(c); }
+wchar_t byteValue(wchar_t c) { return c; }
+
 template <typename To, typename From>
 size_t copyString(To* dst, const From** src, size_t len) {
   const From* s = *src;
   size_t n = 0;
   for (; !dst || n < len; ++n) {
-    To c = static_cast<To>(s[n]);
-    if (dst) dst[n] = c;
-    if (c == 0) {
+    if (dst) dst[n] = static_cast<To>(byteValue(s[n]));
+    if (s[n] == 0) {
       if (dst) *src = nullptr;
       return n;
     }
