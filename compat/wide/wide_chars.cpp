@@ -19,9 +19,8 @@
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
-
-typedef __WINT_TYPE__ wint_type;
-typedef unsigned long wctype_type;
+#include <wchar.h>
+#include <wctype.h>
 
 #define WIDE_FN(ret, name, params)                                                         \
   extern "C" __attribute__((visibility("default"))) ret wide_##name params __asm__(#name); \
@@ -30,7 +29,7 @@ typedef unsigned long wctype_type;
 // ---- Classification and case --------------------------------------------------
 
 #define NARROW_CLASS(wname, narrowFn) \
-  WIDE_FN(int, wname, (wint_type c)) { return narrowFn(static_cast<int>(c)); }
+  WIDE_FN(int, wname, (wint_t c)) { return narrowFn(static_cast<int>(c)); }
 
 NARROW_CLASS(iswalnum, isalnum)
 NARROW_CLASS(iswalpha, isalpha)
@@ -43,15 +42,15 @@ NARROW_CLASS(iswspace, isspace)
 NARROW_CLASS(iswupper, isupper)
 NARROW_CLASS(iswxdigit, isxdigit)
 
-WIDE_FN(wint_type, towlower, (wint_type c)) { return static_cast<wint_type>(tolower(static_cast<int>(c))); }
+WIDE_FN(wint_t, towlower, (wint_t c)) { return static_cast<wint_t>(tolower(static_cast<int>(c))); }
 
-WIDE_FN(wint_type, towupper, (wint_type c)) { return static_cast<wint_type>(toupper(static_cast<int>(c))); }
+WIDE_FN(wint_t, towupper, (wint_t c)) { return static_cast<wint_t>(toupper(static_cast<int>(c))); }
 
-WIDE_FN(int, iswdigit, (wint_type c)) { return c - '0' <= 9 ? 1 : 0; }
+WIDE_FN(int, iswdigit, (wint_t c)) { return c - '0' <= 9 ? 1 : 0; }
 
 namespace {
 
-int isdigitClass(int c) { return wide_iswdigit(static_cast<wint_type>(c)); }
+int isdigitClass(int c) { return wide_iswdigit(static_cast<wint_t>(c)); }
 
 // Class numbers are positions in this table; 0 is no class.
 struct WideClass {
@@ -67,24 +66,25 @@ const size_t kClassCount = sizeof kClasses / sizeof kClasses[0];
 
 }  // namespace
 
-WIDE_FN(wctype_type, wctype, (const char* name)) {
+WIDE_FN(wctype_t, wctype, (const char* name)) {
   for (size_t i = 1; i < kClassCount; ++i)
     if (strcmp(name, kClasses[i].name) == 0) return i;
   return 0;
 }
 
-WIDE_FN(int, iswctype, (wint_type c, wctype_type type)) {
-  if (type < 1 || type >= kClassCount) return 0;
-  return kClasses[type].narrowFn(static_cast<int>(c));
+WIDE_FN(int, iswctype, (wint_t c, wctype_t type)) {
+  size_t index = static_cast<size_t>(type);  // wctype_t is signed on some platforms
+  if (index < 1 || index >= kClassCount) return 0;
+  return kClasses[index].narrowFn(static_cast<int>(c));
 }
 
 WIDE_FN(int, wcwidth, (wchar_t c)) { return c != 0 ? 1 : 0; }
 
 // ---- Streams: the same arguments, or the low byte, to the narrow calls ---------
 
-WIDE_FN(wint_type, fgetwc, (FILE * f)) { return static_cast<wint_type>(fgetc(f)); }
-WIDE_FN(wint_type, getwc, (FILE * f)) { return static_cast<wint_type>(getc(f)); }
-WIDE_FN(wint_type, getwchar, ()) { return static_cast<wint_type>(getchar()); }
+WIDE_FN(wint_t, fgetwc, (FILE * f)) { return static_cast<wint_t>(fgetc(f)); }
+WIDE_FN(wint_t, getwc, (FILE * f)) { return static_cast<wint_t>(getc(f)); }
+WIDE_FN(wint_t, getwchar, ()) { return static_cast<wint_t>(getchar()); }
 
 WIDE_FN(wchar_t*, fgetws, (wchar_t * buf, int n, FILE* f)) {
   return reinterpret_cast<wchar_t*>(fgets(reinterpret_cast<char*>(buf), n, f));
@@ -92,10 +92,10 @@ WIDE_FN(wchar_t*, fgetws, (wchar_t * buf, int n, FILE* f)) {
 
 WIDE_FN(int, fputws, (const wchar_t* s, FILE* f)) { return fputs(reinterpret_cast<const char*>(s), f); }
 
-WIDE_FN(wint_type, fputwc, (wchar_t c, FILE* f)) { return static_cast<wint_type>(fputc(c & 0xFF, f)); }
-WIDE_FN(wint_type, putwc, (wchar_t c, FILE* f)) { return static_cast<wint_type>(fputc(c & 0xFF, f)); }
-WIDE_FN(wint_type, putwchar, (wchar_t c)) { return static_cast<wint_type>(putchar(c & 0xFF)); }
-WIDE_FN(wint_type, ungetwc, (wint_type c, FILE* f)) { return static_cast<wint_type>(ungetc(c & 0xFF, f)); }
+WIDE_FN(wint_t, fputwc, (wchar_t c, FILE* f)) { return static_cast<wint_t>(fputc(c & 0xFF, f)); }
+WIDE_FN(wint_t, putwc, (wchar_t c, FILE* f)) { return static_cast<wint_t>(fputc(c & 0xFF, f)); }
+WIDE_FN(wint_t, putwchar, (wchar_t c)) { return static_cast<wint_t>(putchar(c & 0xFF)); }
+WIDE_FN(wint_t, ungetwc, (wint_t c, FILE* f)) { return static_cast<wint_t>(ungetc(c & 0xFF, f)); }
 
 WIDE_FN(int, fwide, (FILE*, int mode)) { return mode; }
 
@@ -129,14 +129,14 @@ WIDE_FN(size_t, wcsxfrm, (wchar_t * dst, const wchar_t* src, size_t n)) {
 
 // ---- Multibyte conversion: one byte is one character --------------------------
 
-WIDE_FN(wint_type, btowc, (int c)) { return static_cast<wint_type>(c); }
-WIDE_FN(int, wctob, (wint_type c)) { return static_cast<int>(c); }
+WIDE_FN(wint_t, btowc, (int c)) { return static_cast<wint_t>(c); }
+WIDE_FN(int, wctob, (wint_t c)) { return static_cast<int>(c); }
 
-WIDE_FN(int, mbsinit, (const void*)) { return 1; }
+WIDE_FN(int, mbsinit, (const mbstate_t*)) { return 1; }
 
-WIDE_FN(size_t, mbrlen, (const char* s, size_t, void*)) { return s ? 1 : 0; }
+WIDE_FN(size_t, mbrlen, (const char* s, size_t, mbstate_t*)) { return s ? 1 : 0; }
 
-WIDE_FN(size_t, mbrtowc, (wchar_t * pwc, const char* s, size_t, void*)) {
+WIDE_FN(size_t, mbrtowc, (wchar_t * pwc, const char* s, size_t, mbstate_t*)) {
   if (!s) return 0;
   unsigned char byte = static_cast<unsigned char>(*s);
   if (pwc) *pwc = byte;
@@ -145,7 +145,7 @@ WIDE_FN(size_t, mbrtowc, (wchar_t * pwc, const char* s, size_t, void*)) {
 
 // Stores the value 1, not the character: callers only ever asked for the
 // length of the sequence.
-WIDE_FN(size_t, wcrtomb, (char* s, wchar_t, void*)) {
+WIDE_FN(size_t, wcrtomb, (char* s, wchar_t, mbstate_t*)) {
   if (s) *s = 1;
   return 1;
 }
@@ -176,11 +176,11 @@ size_t copyString(To* dst, const From** src, size_t len) {
 
 }  // namespace
 
-WIDE_FN(size_t, mbsrtowcs, (wchar_t * dst, const char** src, size_t len, void*)) {
+WIDE_FN(size_t, mbsrtowcs, (wchar_t * dst, const char** src, size_t len, mbstate_t*)) {
   return copyString(dst, src, len);
 }
 
-WIDE_FN(size_t, wcsrtombs, (char* dst, const wchar_t** src, size_t len, void*)) {
+WIDE_FN(size_t, wcsrtombs, (char* dst, const wchar_t** src, size_t len, mbstate_t*)) {
   return copyString(dst, src, len);
 }
 

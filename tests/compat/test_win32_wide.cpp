@@ -93,8 +93,8 @@ TEST_F(LayerWide, WcrtombStoresOneAndTheFunctionComesFromTheWideObject) {
 }
 
 TEST_F(LayerWide, ClassesAreTheNarrowOnesOfOneByte) {
-  auto wctypeOf = fn<unsigned long(const char*)>("wctype");
-  auto iswctypeOf = fn<int(wint_t, unsigned long)>("iswctype");
+  auto wctypeOf = fn<wctype_t(const char*)>("wctype");
+  auto iswctypeOf = fn<int(wint_t, wctype_t)>("iswctype");
   const char* names[] = {"alnum", "alpha", "blank", "cntrl", "digit", "graph",
                          "lower", "print", "punct", "space", "upper", "xdigit"};
   const int member[] = {'7', 'q', '\t', '\n', '3', '~', 'q', ' ', '!', '\v', 'Q', 'f'};
