@@ -4,6 +4,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <semaphore.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -186,6 +187,153 @@ class SCRIM_API CLinuxSyncObject {
 // The value every subclass's getType() answers: it carries no information.
 extern const char g_scrimSyncObjectType[1];
 
+// An event: signalled by Set, cleared by Reset and, when not manual-reset, by
+// the one waiter that acquires it.
+class SCRIM_API CLinuxEvent : public CLinuxSyncObject {
+ public:
+  CLinuxEvent();
+  ~CLinuxEvent() override;
+  const void* getType() const override;
+  int WaitAction() override;
+  int Release() override;
+  int Init(bool manualReset, bool initialState);
+  int Set();
+  int Reset();
+
+ protected:
+  bool manualReset;
+};
+
+// A mutex that its owner may acquire again; free (signalled) when the
+// recursion count falls back to 0.
+class SCRIM_API CLinuxMutex : public CLinuxSyncObject {
+ public:
+  CLinuxMutex();
+  ~CLinuxMutex() override;
+  const void* getType() const override;
+  int WaitAction() override;
+  unsigned long WaitForSignal(unsigned long timeoutMs) override;
+  bool isSignaled() override;
+  int Release() override;
+  int Init();
+  int Delete();
+
+ protected:
+  bool valid;
+  pthread_mutex_t ownership;
+  int count;
+  pthread_t owner;
+};
+
+class SCRIM_API CLinuxSemaphore : public CLinuxSyncObject {
+ public:
+  CLinuxSemaphore();
+  ~CLinuxSemaphore() override;
+  const void* getType() const override;
+  int WaitAction() override;
+  int Release() override;
+  int Init(long initial, long maximum);
+  int Release(long count, long* previous);
+
+ protected:
+  sem_t semaphore;
+};
+
+// One wait for any of several objects, registered in a process-wide table of
+// 20 waiters while it runs.
+class SCRIM_API CLinuxMultiWait : public CLinuxSyncObject {
+ public:
+  CLinuxMultiWait(unsigned long count, void* const* objects);
+  ~CLinuxMultiWait() override;
+  const void* getType() const override;
+  int WaitAction() override;
+  unsigned long WaitForSignal(unsigned long timeoutMs) override;
+  bool isSignaled() override;
+  int Init();
+  unsigned long getSignaled() const;
+  static int Signal(CLinuxSyncObject* object);
+
+  static pthread_mutex_t m_mutex;
+  static int m_waitcount;
+  static CLinuxMultiWait* m_waiters[20];
+
+ protected:
+  bool unregister();
+
+  unsigned long count;
+  void* const* objects;
+  unsigned long signaledIndex;
+};
+
+extern "C" {
+SCRIM_API HANDLE CreateEvent(void* security, BOOL manualReset, BOOL initialState, const char* name);
+SCRIM_API BOOL SetEvent(HANDLE h);
+SCRIM_API BOOL ResetEvent(HANDLE h);
+SCRIM_API HANDLE CreateMutex(void* security, BOOL initialOwner, const char* name);
+SCRIM_API HANDLE OpenMutex(DWORD access, BOOL inherit, const char* name);
+SCRIM_API BOOL ReleaseMutex(HANDLE h);
+SCRIM_API HANDLE CreateSemaphore(void* security, LONG initial, LONG maximum, const char* name);
+SCRIM_API BOOL ReleaseSemaphore(HANDLE h, LONG count, LONG* previous);
+SCRIM_API DWORD WaitForSingleObject(HANDLE h, DWORD timeoutMs);
+SCRIM_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL waitAll, DWORD timeoutMs);
+SCRIM_API BOOL CloseHandle(HANDLE h);
+}
+
+// ==== Bounded ring queue ========================================================
+
+// What SearchItem looks for: Match answers true for the item sought.
+class SCRIM_API ISearchCriteria {
+ public:
+  virtual ~ISearchCriteria() {}
+  virtual bool Match(const void* item) = 0;
+};
+
+// A blocking multi-producer multi-consumer queue of fixed-size items stored by
+// value in one ring, built on a mutex and two counting semaphores. Waits take
+// the mutex and one semaphore unit together, so nobody sleeps holding the
+// mutex.
+class SCRIM_API CLNrwqueue {
+ public:
+  CLNrwqueue(unsigned long capacity, unsigned long itemSize);
+  ~CLNrwqueue();
+  CLNrwqueue(const CLNrwqueue&) = delete;
+  CLNrwqueue& operator=(const CLNrwqueue&) = delete;
+
+  int WriteItem(void* src);
+  int ReadItem(void* dst);
+  // Zero-copy access: the slot is named by the shared index, so only one
+  // reader and one writer may use these at a time.
+  void* GetWriteItem();
+  int CommitWriteItem();
+  int CancelWriteItem();
+  void* GetReadItem();
+  int CommitReadItem();
+  int CancelReadItem();
+  int EndOfFile();
+  int Flush(void (*callback)(void*));
+  bool SearchItem(void* dst, ISearchCriteria* criteria, bool remove);
+  void* PeekItem(unsigned long n);
+  unsigned long GetCount();
+  unsigned long GetMax();
+
+ private:
+  void* slot(unsigned long index) const;
+  unsigned long next(unsigned long index) const;
+  void waitFor(HANDLE semaphore);
+  void announceWrite();
+
+  HANDLE mutex;
+  HANDLE itemsAvailable;
+  HANDLE spaceAvailable;
+  unsigned char* buffer;
+  unsigned long capacity;
+  unsigned long itemSize;
+  unsigned long count;
+  unsigned long readIndex;
+  unsigned long writeIndex;
+  int endOfFile;
+};
+
 // ==== Files, pipes, mappings, directories, modules and environment ==============
 //
 // Flag arguments are not translated from Win32 values: callers pass open(2)
@@ -275,7 +423,8 @@ SCRIM_API BOOL MoveFile(const char* from, const char* to);
 SCRIM_API BOOL CreateDirectory(const char* path, void* security);
 SCRIM_API BOOL RemoveDirectory(const char* path);
 SCRIM_API DWORD GetFileAttributes(const char* path);
-SCRIM_API BOOL GetDiskFreeSpaceEx(const char* path, uint64_t* freeForCaller, uint64_t* total, uint64_t* totalFree);
+SCRIM_API BOOL GetDiskFreeSpaceEx(const char* path, uint64_t* freeForCaller, uint64_t* total,
+                                  uint64_t* totalFree);
 
 SCRIM_API HANDLE CreateFileMapping(HANDLE file, void* security, DWORD protect, DWORD sizeHigh, DWORD sizeLow,
                                    const char* name);

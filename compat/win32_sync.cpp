@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <sys/time.h>
 #include <time.h>
+#include <unistd.h>
 
 #include "compat/win32.h"
 
@@ -86,4 +87,140 @@ unsigned long CLinuxSyncObject::WaitForSignal(unsigned long timeoutMs) {
   int acquired = WaitAction();
   if (pthread_mutex_unlock(&m_lock) != 0) return WAIT_FAILED;
   return acquired == 0 ? WAIT_OBJECT_0 : WAIT_FAILED;
+}
+
+// ---- Waits on several objects ---------------------------------------------------
+
+pthread_mutex_t CLinuxMultiWait::m_mutex = PTHREAD_MUTEX_INITIALIZER;
+int CLinuxMultiWait::m_waitcount = 0;
+CLinuxMultiWait* CLinuxMultiWait::m_waiters[20] = {};
+
+CLinuxMultiWait::CLinuxMultiWait(unsigned long n, void* const* handles)
+    : count(n), objects(handles), signaledIndex(0) {}
+
+CLinuxMultiWait::~CLinuxMultiWait() { unregister(); }
+
+const void* CLinuxMultiWait::getType() const { return g_scrimSyncObjectType; }
+
+int CLinuxMultiWait::Init() {
+  pthread_mutex_lock(&m_mutex);
+  for (CLinuxMultiWait*& slot : m_waiters) {
+    if (!slot) {
+      slot = this;
+      m_waitcount++;
+      pthread_mutex_unlock(&m_mutex);
+      return 0;
+    }
+  }
+  pthread_mutex_unlock(&m_mutex);
+  return -1;
+}
+
+bool CLinuxMultiWait::unregister() {
+  bool found = false;
+  pthread_mutex_lock(&m_mutex);
+  for (CLinuxMultiWait*& slot : m_waiters) {
+    if (slot == this) {
+      slot = nullptr;
+      m_waitcount--;
+      found = true;
+      break;
+    }
+  }
+  pthread_mutex_unlock(&m_mutex);
+  return found;
+}
+
+int CLinuxMultiWait::WaitAction() { return unregister() ? 0 : -1; }
+
+unsigned long CLinuxMultiWait::getSignaled() const { return signaledIndex; }
+
+// The lowest index whose object can be acquired right now wins.
+bool CLinuxMultiWait::isSignaled() {
+  for (unsigned long i = 0; i < count; i++) {
+    CLinuxSyncObject* object = static_cast<CLinuxSyncObject*>(objects[i]);
+    if (object && object->WaitForSignal(0) == WAIT_OBJECT_0) {
+      signaledIndex = i;
+      return true;
+    }
+  }
+  return false;
+}
+
+// Polls the members every 10 ms. The time test comes before each poll, so a
+// time-out of 0 looks at nothing; a time-out answers 0xFFFFFFFF.
+unsigned long CLinuxMultiWait::WaitForSignal(unsigned long timeoutMs) {
+  const DWORD start = timeGetTime();
+  if (timeoutMs == INFINITE) {
+    while (!isSignaled()) usleep(10000);
+    return 0;
+  }
+  while (start + timeoutMs > timeGetTime()) {
+    if (isSignaled()) return 0;
+    usleep(10000);
+  }
+  return 0xFFFFFFFFUL;
+}
+
+int CLinuxMultiWait::Signal(CLinuxSyncObject* object) {
+  if (m_waitcount == 0) return 1;  // unlocked fast exit
+  int rc = pthread_mutex_lock(&m_mutex);
+  if (rc != 0) return rc;
+  bool matched = false;
+  for (CLinuxMultiWait* waiter : m_waiters) {
+    if (!waiter || waiter->count == 0) continue;
+    for (unsigned long i = 0; i < waiter->count; i++) {
+      if (waiter->objects[i] == object) {
+        waiter->SetSignaled(true, true);
+        matched = true;
+      }
+    }
+  }
+  pthread_mutex_unlock(&m_mutex);
+  return matched ? 0 : 2;
+}
+
+static unsigned long waitForAny(unsigned long count, void* const* handles, unsigned long timeoutMs) {
+  CLinuxMultiWait waiter(count, handles);
+  if (waiter.Init() != 0) return WAIT_FAILED;  // all 20 waiter slots are taken
+  unsigned long rc = waiter.WaitForSignal(timeoutMs);
+  return rc == 0 ? WAIT_OBJECT_0 + waiter.getSignaled() : rc;
+}
+
+// Blocks on one object (the pivot), then tries the others without waiting;
+// on the first refusal everything taken is given back and the refusing object
+// becomes the pivot, so all objects are acquired together or none stays held.
+static unsigned long waitForAll(unsigned long count, void* const* handles, unsigned long timeoutMs) {
+  if (count == 0) return WAIT_FAILED;
+  auto object = [handles](unsigned long i) { return static_cast<CLinuxSyncObject*>(handles[i]); };
+  unsigned long pivot = 0;
+  unsigned long remaining = timeoutMs;
+  for (;;) {
+    const DWORD t0 = timeGetTime();
+    unsigned long rc = object(pivot)->WaitForSignal(remaining);
+    if (rc != 0) return rc;
+    unsigned long failed = count;
+    for (unsigned long j = 0; j < count; j++) {
+      if (j != pivot && object(j)->WaitForSignal(0) != 0) {
+        failed = j;
+        break;
+      }
+    }
+    if (failed == count) return WAIT_OBJECT_0;
+    for (unsigned long j = 0; j < failed; j++) {
+      if (j != pivot) object(j)->Release();
+    }
+    object(pivot)->Release();
+    pivot = failed;
+    if (timeoutMs != INFINITE) {
+      const DWORD elapsed = timeGetTime() - t0;
+      if (elapsed >= remaining) return WAIT_TIMEOUT;
+      remaining -= elapsed;
+    }
+  }
+}
+
+unsigned long CLinuxSyncObject::WaitForMultipleObjects(unsigned long count, void* const* handles, int waitAll,
+                                                       unsigned long timeoutMs) {
+  return waitAll ? waitForAll(count, handles, timeoutMs) : waitForAny(count, handles, timeoutMs);
 }

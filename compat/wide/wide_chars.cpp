@@ -204,7 +204,11 @@ WIDE_FN(int, vswprintf, (wchar_t*, size_t, const wchar_t*, va_list)) {
   return -1;
 }
 
-WIDE_FN(int, vwprintf, (const wchar_t* format, va_list args)) { return wide_vfwprintf(stdout, format, args); }
+// The standard streams are not named: the refusal never looks at the stream,
+// and Android exports stdin and stdout as symbols only from API 23.
+WIDE_FN(int, vwprintf, (const wchar_t* format, va_list args)) {
+  return wide_vfwprintf(nullptr, format, args);
+}
 
 WIDE_FN(int, fwprintf, (FILE * f, const wchar_t* format, ...)) {
   va_list args;
@@ -217,7 +221,7 @@ WIDE_FN(int, fwprintf, (FILE * f, const wchar_t* format, ...)) {
 WIDE_FN(int, wprintf, (const wchar_t* format, ...)) {
   va_list args;
   va_start(args, format);
-  int rc = wide_vfwprintf(stdout, format, args);
+  int rc = wide_vfwprintf(nullptr, format, args);
   va_end(args);
   return rc;
 }
@@ -240,4 +244,4 @@ WIDE_FN(int, swscanf, (const wchar_t*, const wchar_t*, ...)) {
   return -1;
 }
 
-WIDE_FN(int, wscanf, (const wchar_t* format, ...)) { return wide_fwscanf(stdin, format); }
+WIDE_FN(int, wscanf, (const wchar_t* format, ...)) { return wide_fwscanf(nullptr, format); }

@@ -46,10 +46,10 @@ TEST_F(Win32Files, CreateFileAttributeCases) {
   HANDLE h = CreateFile(path("zero").c_str(), O_RDWR, 0, nullptr, O_CREAT, 0);
   ASSERT_NE(h, INVALID_HANDLE_VALUE);
   EXPECT_EQ(modeOf(path("zero")), 0644);
-  delete h;
+  CloseHandle(h);
   h = CreateFile(path("own").c_str(), O_RDWR, 0, nullptr, O_CREAT, 0600);
   EXPECT_EQ(modeOf(path("own")), 0600);
-  delete h;
+  CloseHandle(h);
 
   // All bits set: open as it is (O_EXCL would refuse an O_CREAT open of an
   // existing file, O_TRUNC would empty it), create with mode -1 only if that fails.
@@ -57,11 +57,11 @@ TEST_F(Win32Files, CreateFileAttributeCases) {
   h = CreateFile(existing.c_str(), O_RDWR | O_EXCL, 0, nullptr, O_TRUNC, ~0UL);
   ASSERT_NE(h, INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetFileSize(h, nullptr), 5u);
-  delete h;
+  CloseHandle(h);
   h = CreateFile(path("made").c_str(), O_RDWR, 0, nullptr, 0, ~0UL);
   ASSERT_NE(h, INVALID_HANDLE_VALUE);
   EXPECT_EQ(modeOf(path("made")) & 0777, 0755);
-  delete h;
+  CloseHandle(h);
 
   EXPECT_EQ(CreateFile(path("no/such").c_str(), O_RDWR, 0, nullptr, O_CREAT, 0), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ENOENT));
@@ -85,8 +85,8 @@ TEST_F(Win32Files, PipeReadsWhatWasWrittenAndReadOnClosedDescriptorCountsMinusOn
   EXPECT_EQ(ReadFile(r, buf, 1, &done, nullptr), TRUE);
   EXPECT_EQ(done, 0xFFFFFFFFFFFFFFFFul);
   static_cast<CLinuxFile*>(r)->Attach(-1);
-  delete r;
-  delete w;
+  CloseHandle(r);
+  CloseHandle(w);
 }
 
 TEST_F(Win32Files, SeeksAcrossThe32BitBoundaryOfASparseFile) {
@@ -102,7 +102,7 @@ TEST_F(Win32Files, SeeksAcrossThe32BitBoundaryOfASparseFile) {
   EXPECT_EQ(SetFilePointer(h, 0, nullptr, SEEK_CUR), 0x11u);  // low half of 0x1'00000011
   EXPECT_EQ(SetFilePointer(h, -1, nullptr, SEEK_SET), 0xFFFFFFFFu);
   EXPECT_EQ(FlushFileBuffers(h), TRUE);
-  delete h;
+  CloseHandle(h);
   EXPECT_EQ(SetFilePointer(nullptr, 0, nullptr, SEEK_SET), ~0UL);
   EXPECT_EQ(errno, EBADF);
   EXPECT_EQ(GetFileSize(INVALID_HANDLE_VALUE, nullptr), 0xFFFFFFFFu);
@@ -162,9 +162,9 @@ TEST_F(Win32Files, SharedViewsWriteThroughPrivateOnesDoNotAndUnmapViewOfFileUnma
     EXPECT_EQ(UnmapViewOfFileEx(whole, 0), FALSE);
     EXPECT_EQ(UnmapViewOfFileEx(whole, 8192), TRUE);
     EXPECT_EQ(UnmapViewOfFileEx(second, 4096), TRUE);
-    delete m;
+    CloseHandle(m);
   }
-  delete h;
+  CloseHandle(h);
 }
 
 TEST_F(Win32Files, DirectoriesMovesDeletesAttributesAndDiskSpace) {
