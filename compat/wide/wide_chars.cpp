@@ -12,6 +12,10 @@
 // Each function is defined under a private name and given its C name as its
 // assembler name, so that the C library headers' declarations (and their
 // redirections, e.g. wcstol to __isoc23_wcstol) never meet ours.
+// Calls stay calls: glibc's optimising header inlines would reach its private
+// tables (__ctype_b_loc) and the stdin/stdout objects, which an arm64 build
+// must not name since Android lacks them at API 21.
+#define __NO_INLINE__ 1
 #include <ctype.h>
 #include <errno.h>
 #include <stdarg.h>
