@@ -334,6 +334,151 @@ class SCRIM_API CLNrwqueue {
   int endOfFile;
 };
 
+// ==== Threads and thread message queues =========================================
+
+#define STILL_ACTIVE 259
+#define CREATE_SUSPENDED 4
+#define WM_QUIT 0x12
+#define WM_TIMER 0x113
+#define PM_NOREMOVE 0
+#define PM_REMOVE 1
+
+typedef unsigned int (*LPTHREAD_START_ROUTINE)(void* arg);
+
+// What GetMessage and PeekMessage fill: no time or point fields are written.
+struct MSG {
+  HWND hwnd;
+  unsigned int message;
+  unsigned int wParam;
+  long lParam;
+};
+typedef MSG* LPMSG;
+
+// One POSIX thread with its message queue (1024 records of 16 bytes) and its
+// exit code: 259 while the thread function runs, then its result.
+class SCRIM_API CLinuxThread : public CLinuxSyncObject {
+ public:
+  CLinuxThread();
+  ~CLinuxThread() override;
+  const void* getType() const override;
+  int WaitAction() override;
+  unsigned long WaitForSignal(unsigned long timeoutMs) override;
+
+  // Starts fn(arg) on a new thread; without fn, adopts the calling thread.
+  // Answers the thread id, or -1.
+  long Init(LPTHREAD_START_ROUTINE fn, void* arg, int unused);
+  static CLinuxThread* GetCurrentThread();
+  int Suspend();
+  int Resume();
+  int SetPriority(int priority);
+  int GetPriority();
+  int Cancel();
+  __attribute__((noreturn)) static void Exit(unsigned int code);
+  void SetExitCode(int code);
+  int GetExitCode();
+  void EnableSuspendOnCreate(bool enable);
+  int WaitForExit();
+  int GetMessage(unsigned int* msg, unsigned int* wParam, long* lParam);
+  int PeekMessage(unsigned int* msg, unsigned int* wParam, long* lParam, unsigned int filterMin,
+                  unsigned int filterMax, bool remove);
+  int PostMessage(unsigned int msg, unsigned int wParam, long lParam);
+
+ protected:
+  pthread_t thread;
+  CLNrwqueue* queue;
+  void* reserved;
+  int exitCode;
+  bool suspendOnCreate;
+};
+
+extern "C" {
+SCRIM_API HANDLE CreateThread(void* security, DWORD stackSize, LPTHREAD_START_ROUTINE fn, void* arg,
+                              DWORD flags, DWORD* id);
+SCRIM_API HANDLE _beginthread(LPTHREAD_START_ROUTINE fn, unsigned int stackSize, void* arg);
+SCRIM_API HANDLE _beginthreadex(void* security, unsigned int stackSize, LPTHREAD_START_ROUTINE fn, void* arg,
+                                unsigned int initFlag, unsigned int* id);
+SCRIM_API __attribute__((noreturn)) void ExitThread(DWORD code);
+SCRIM_API __attribute__((noreturn)) void _endthread(void);
+SCRIM_API __attribute__((noreturn)) void _endthreadex(unsigned int code);
+SCRIM_API BOOL TerminateThread(HANDLE h, DWORD code);
+SCRIM_API BOOL GetExitCodeThread(HANDLE h, DWORD* code);
+SCRIM_API DWORD SuspendThread(HANDLE h);
+SCRIM_API DWORD ResumeThread(HANDLE h);
+SCRIM_API BOOL SetThreadPriority(HANDLE h, int priority);
+SCRIM_API int GetThreadPriority(HANDLE h);
+SCRIM_API HANDLE GetCurrentThread(void);
+SCRIM_API DWORD GetCurrentThreadId(void);
+SCRIM_API BOOL GetMessage(MSG* msg, HWND hwnd, UINT filterMin, UINT filterMax);
+SCRIM_API BOOL PeekMessage(MSG* msg, HWND hwnd, UINT filterMin, UINT filterMax, UINT removeFlag);
+SCRIM_API BOOL PostThreadMessage(HANDLE h, UINT msg, UINT wParam, LONG lParam);
+// Called by GetMessage for every WM_TIMER: 0 drops the message.
+SCRIM_API int WEX_IsValidTimer(void);
+}
+
+// ==== Timer manager =============================================================
+
+// A periodic timer: every period a WM_TIMER (wParam = sequence, lParam = the
+// timer's address) is posted to the thread that was current at its creation.
+class SCRIM_API CLinuxTimer {
+ public:
+  CLinuxTimer();
+  virtual ~CLinuxTimer();
+  int Init(unsigned long periodMs);
+  bool IsValid(unsigned long sequence) const;
+
+  static unsigned long _sequence_count;
+
+  CLinuxThread* ownerThread;
+  unsigned long sequence;
+  unsigned long periodMs;
+  long dueSeconds;
+  long dueNanoseconds;
+  CLinuxTimer* next;
+};
+
+// Keeps timers in a list sorted by due time; one timer thread sleeps until the
+// earliest is due or the list changes, and never polls.
+class SCRIM_API CLinuxTimerMgr {
+ public:
+  CLinuxTimerMgr();
+  ~CLinuxTimerMgr();
+  CLinuxTimerMgr(const CLinuxTimerMgr&) = delete;
+  CLinuxTimerMgr& operator=(const CLinuxTimerMgr&) = delete;
+
+  CLinuxTimer* SetTimer(unsigned int periodMs,
+                        void (*callback)(void*, unsigned int, unsigned int, unsigned long));
+  unsigned long KillTimer(CLinuxTimer* timer);
+  int AddTimer(CLinuxTimer* timer);
+  int RemoveTimer(CLinuxTimer* timer);
+  int IsValid(const CLinuxTimer* timer, unsigned long sequence);
+  unsigned long LaunchTimerThread();
+  unsigned long KillTimerThread();
+  static unsigned int ThreadFn(void* manager);
+  void PrintAlarmList(const char* title) const;
+
+  HANDLE thread;
+  CLinuxTimer* alarmList;
+  pthread_mutex_t lock;
+  pthread_cond_t wakeup;
+  long waitSeconds;
+  long waitNanoseconds;
+  int stop;
+
+ private:
+  unsigned long addToAlarmList(CLinuxTimer* timer);
+  unsigned long removeFromAlarmList(CLinuxTimer* timer);
+  unsigned int Thread();
+};
+
+extern "C" {
+// The largest lateness (ms) ever seen between a timer's due time and its firing.
+SCRIM_API extern long TR_max_expire_delay;
+// Inert: the layer's timers are reached through CLinuxTimerMgr only.
+SCRIM_API UINT SetTimer(HWND window, UINT id, UINT ms, void* callback);
+SCRIM_API BOOL KillTimer(HWND window, UINT id);
+SCRIM_API void WEX_KillTimerThread(void);
+}
+
 // ==== Files, pipes, mappings, directories, modules and environment ==============
 //
 // Flag arguments are not translated from Win32 values: callers pass open(2)
