@@ -478,3 +478,120 @@ SCRIM_API UINT SetTimer(HWND window, UINT id, UINT ms, void* callback);
 SCRIM_API BOOL KillTimer(HWND window, UINT id);
 SCRIM_API void WEX_KillTimerThread(void);
 }
+
+// ==== Files, pipes, mappings, directories, modules and environment ==============
+//
+// Flag arguments are not translated from Win32 values: callers pass open(2)
+// flags, permission modes, mmap protections and mmap flags in the Win32
+// parameter positions.
+
+#include <stdio.h>
+
+struct MEMORYSTATUS {
+  DWORD dwLength;
+  DWORD dwMemoryLoad;
+  DWORD dwTotalPhys;
+  DWORD dwAvailPhys;
+  DWORD dwTotalPageFile;
+  DWORD dwAvailPageFile;
+  DWORD dwTotalVirtual;
+  DWORD dwAvailVirtual;
+};
+
+// A file or pipe end behind a handle; always signalled. A windowed file shows
+// only [windowStart, windowStart + windowLength) of its descriptor: sizes,
+// reads and seeks stay inside that range and positions count from its start.
+class SCRIM_API CLinuxFile : public CLinuxSyncObject {
+ public:
+  CLinuxFile();
+  ~CLinuxFile() override;
+
+  const void* getType() const override;
+  int WaitAction() override;
+  unsigned long WaitForSignal(unsigned long timeoutMs) override;
+
+  // 0 when open(2) gave a descriptor, else 0xFFFFFFFF.
+  int Init(const char* path, int oflag, int mode);
+  // Takes over an open descriptor (a pipe end, say) as a plain file.
+  void Attach(int fd);
+  // Makes a windowed file over [start, start + length) of an open descriptor,
+  // which it takes over; the position starts at the window's start.
+  // 0 on success, else -1 (the descriptor is then left open).
+  int InitWindow(int fd, long start, long length);
+
+  int GetFD() const;
+  long GetFileSize(unsigned long* high) const;
+  int Read(void* buf, int n);
+  int Write(const void* buf, int n);
+  long SetFilePointer(long low, long* high, int method);
+
+ protected:
+  int fd;
+  long windowStart;
+  long windowLength;
+  int windowed;
+};
+
+// A file mapping: a duplicate of the file's descriptor, the mapping size and
+// the mmap flags that every view uses.
+class SCRIM_API CLinuxFileMapping : public CLinuxSyncObject {
+ public:
+  CLinuxFileMapping();
+  ~CLinuxFileMapping() override;
+
+  const void* getType() const override;
+  int WaitAction() override;
+  unsigned long WaitForSignal(unsigned long timeoutMs) override;
+
+  int Init(CLinuxFile* file, unsigned long size, int flags);
+  void* MapView(int prot, long offset, unsigned long size);
+  static int UnmapViewByAddress(void* address, unsigned long length);
+
+ protected:
+  int fd;
+  unsigned long size;
+  unsigned long viewLength;
+  int mapFlags;
+};
+
+extern "C" {
+SCRIM_API HANDLE CreateFile(const char* path, DWORD access, DWORD share, void* security, DWORD creation,
+                            DWORD attributes);
+SCRIM_API BOOL ReadFile(HANDLE h, void* buf, DWORD n, DWORD* done, void* overlapped);
+SCRIM_API BOOL WriteFile(HANDLE h, const void* buf, DWORD n, DWORD* done, void* overlapped);
+SCRIM_API DWORD SetFilePointer(HANDLE h, LONG low, LONG* high, DWORD method);
+SCRIM_API DWORD GetFileSize(HANDLE h, DWORD* high);
+SCRIM_API BOOL FlushFileBuffers(HANDLE h);
+SCRIM_API BOOL CreatePipe(HANDLE* readEnd, HANDLE* writeEnd, void* security, DWORD size);
+SCRIM_API BOOL DeleteFile(const char* path);
+SCRIM_API BOOL MoveFile(const char* from, const char* to);
+SCRIM_API BOOL CreateDirectory(const char* path, void* security);
+SCRIM_API BOOL RemoveDirectory(const char* path);
+SCRIM_API DWORD GetFileAttributes(const char* path);
+SCRIM_API BOOL GetDiskFreeSpaceEx(const char* path, uint64_t* freeForCaller, uint64_t* total,
+                                  uint64_t* totalFree);
+
+SCRIM_API HANDLE CreateFileMapping(HANDLE file, void* security, DWORD protect, DWORD sizeHigh, DWORD sizeLow,
+                                   const char* name);
+SCRIM_API void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow, DWORD size);
+SCRIM_API BOOL UnmapViewOfFileEx(void* address, DWORD length);
+SCRIM_API BOOL UnmapViewOfFile(void* address);
+
+SCRIM_API HMODULE LoadLibrary(const char* path);
+SCRIM_API void* GetProcAddress(HMODULE module, const char* name);
+SCRIM_API BOOL FreeLibrary(HMODULE module);
+SCRIM_API DWORD GetModuleFileName(HMODULE module, char* buf, DWORD size);
+SCRIM_API DWORD GetDllDirectory(DWORD size, char* buf);
+SCRIM_API BOOL SetDllDirectory(const char* path);
+SCRIM_API BOOL SetEnvironmentVariable(const char* name, const char* value);
+SCRIM_API UINT GetSystemDirectory(char* buf, UINT size);
+SCRIM_API void GlobalMemoryStatus(MEMORYSTATUS* status);
+SCRIM_API DWORD GetCurrentProcessId(void);
+
+// The wide-character functions under C library names (iswalpha, wcrtomb, ...)
+// live in libscrimpresent_wide.so so that they never stand in for the C
+// library's; these three have no C library namesake and stay here.
+SCRIM_API FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
+SCRIM_API int _wtoi(const wchar_t* s);
+SCRIM_API int _swprintf(wchar_t* buf, const wchar_t* format, ...);
+}
