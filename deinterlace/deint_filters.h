@@ -8,6 +8,8 @@
 
 #include <array>
 
+#include "imageproc/row_dispatch.h"
+
 // One picture, source or destination. Filters walk min(planeCount, 3) planes.
 struct DeintPicture {
   uint32_t planeCount;
@@ -46,6 +48,24 @@ void deinterlace_line(uint8_t* dst, const uint8_t* p0, const uint8_t* p1, const 
 // be the same line as b (the last line of a plane).
 void deinterlace_line_inplace(uint8_t* tmp, const uint8_t* a, uint8_t* b, const uint8_t* c, const uint8_t* d,
                               size_t n);
+
+// The two as row sets (units: bytes), for filters that pick their rows once
+// per picture; deinterlace_line and deinterlace_line_inplace are their scalar
+// rows over a whole line. Out of place: dst := taps(p[0..4]). In place: dst is
+// p[2] itself and keep (holding p[0]) takes its original bytes.
+struct DeintTapLines {
+  uint8_t* dst;
+  const uint8_t* p[5];
+  uint8_t* keep;
+};
+extern const RowSet<const DeintTapLines*> deint_taps_rows;
+extern const RowSet<const DeintTapLines*> deint_taps_inplace_rows;
+void deint_taps_sse41(size_t begin, size_t end, const DeintTapLines* lines);
+void deint_taps_avx2(size_t begin, size_t end, const DeintTapLines* lines);
+void deint_taps_neon(size_t begin, size_t end, const DeintTapLines* lines);
+void deint_taps_inplace_sse41(size_t begin, size_t end, const DeintTapLines* lines);
+void deint_taps_inplace_avx2(size_t begin, size_t end, const DeintTapLines* lines);
+void deint_taps_inplace_neon(size_t begin, size_t end, const DeintTapLines* lines);
 
 // Height of plane `plane` for a picture `height` lines high.
 unsigned deint_plane_height(unsigned plane, unsigned height, unsigned layout);

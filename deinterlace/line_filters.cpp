@@ -1,10 +1,9 @@
 // The per-line arithmetic shared by the filters: the clamp table, the
 // truncating average of two lines and the five-tap vertical filter.
 //
-// The wide loops use the compilers' generic vector types, so the same source
-// turns into SSE2 on x86-64 and NEON on aarch64; the tails run the plain
-// per-byte formula with the clamp table. Both give the same bytes (the tests
-// compare every length from 1 to past two vectors against the plain formula).
+// Merge's wide loop uses the compilers' generic vector types (SSE2 on x86-64,
+// NEON on aarch64). The five-tap filter's scalar rows are here; its vector
+// rows are in line_rows_vector.h.
 #include <string.h>
 
 #include "deinterlace/deint_filters.h"
@@ -12,7 +11,6 @@
 namespace {
 
 typedef uint8_t u8x16 __attribute__((vector_size(16)));
-typedef int16_t i16x16 __attribute__((vector_size(32)));
 
 constexpr std::array<uint8_t, 2304> make_clip_table() {
   std::array<uint8_t, 2304> t{};
@@ -30,23 +28,6 @@ inline u8x16 load16(const uint8_t* p) {
 }
 
 inline void store16(uint8_t* p, u8x16 v) { memcpy(p, &v, 16); }
-
-// Sixteen pixels of the five-tap filter. The sum stays within -506..2554, so
-// 16-bit lanes hold it. The clamp is done with sign masks, which does what
-// the table does for this range (-64..319 after the shift): lanes below 0
-// are cleared, lanes above 255 saturate. A macro rather than a function:
-// 32-byte vectors cannot cross a call without an ABI change on plain SSE2.
-#define DEINT_TAPS16(out, q0, q1, q2, q3, q4)                                                             \
-  do {                                                                                                    \
-    i16x16 s_ =                                                                                           \
-        4 * (__builtin_convertvector(load16(q1), i16x16) + __builtin_convertvector(load16(q3), i16x16)) + \
-        2 * __builtin_convertvector(load16(q2), i16x16) - __builtin_convertvector(load16(q0), i16x16) -   \
-        __builtin_convertvector(load16(q4), i16x16) + 4;                                                  \
-    s_ >>= 3;                                                                                             \
-    s_ &= ~(s_ >> 15);      /* negative: 0 */                                                             \
-    s_ |= (255 - s_) >> 15; /* above 255: all ones, 255 once truncated */                                 \
-    (out) = __builtin_convertvector(s_ & 255, u8x16);                                                     \
-  } while (0)
 
 inline uint8_t taps(int p0, int p1, int p2, int p3, int p4) {
   // >> of a negative sum rounds towards minus infinity (arithmetic shift).
@@ -68,32 +49,51 @@ void Merge(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n) {
   for (; i < n; ++i) dst[i] = static_cast<uint8_t>((a[i] + b[i]) >> 1);
 }
 
+namespace {
+
+// The scalar rows: the plain formula with the clamp table.
+void deint_taps_scalar(size_t begin, size_t end, const DeintTapLines* l) {
+  for (size_t i = begin; i < end; ++i)
+    l->dst[i] = taps(l->p[0][i], l->p[1][i], l->p[2][i], l->p[3][i], l->p[4][i]);
+}
+
+// Each byte of p[2] (which is dst) is read before it is replaced.
+void deint_taps_inplace_scalar(size_t begin, size_t end, const DeintTapLines* l) {
+  for (size_t i = begin; i < end; ++i) {
+    const uint8_t orig = l->p[2][i];
+    const uint8_t r = taps(l->p[0][i], l->p[1][i], orig, l->p[3][i], l->p[4][i]);
+    l->keep[i] = orig;
+    l->dst[i] = r;
+  }
+}
+
+}  // namespace
+
 void deinterlace_line(uint8_t* dst, const uint8_t* p0, const uint8_t* p1, const uint8_t* p2,
                       const uint8_t* p3, const uint8_t* p4, size_t n) {
-  size_t i = 0;
-  for (; i + 16 <= n; i += 16) {
-    u8x16 r;
-    DEINT_TAPS16(r, p0 + i, p1 + i, p2 + i, p3 + i, p4 + i);
-    store16(dst + i, r);
-  }
-  for (; i < n; ++i) dst[i] = taps(p0[i], p1[i], p2[i], p3[i], p4[i]);
+  const DeintTapLines lines{dst, {p0, p1, p2, p3, p4}, nullptr};
+  deint_taps_scalar(0, n, &lines);
 }
 
 void deinterlace_line_inplace(uint8_t* tmp, const uint8_t* a, uint8_t* b, const uint8_t* c, const uint8_t* d,
                               size_t n) {
-  size_t i = 0;
-  for (; i + 16 <= n; i += 16) {
-    // Everything is read before b is written: c and d may be b itself.
-    u8x16 r;
-    u8x16 orig = load16(b + i);
-    DEINT_TAPS16(r, tmp + i, a + i, b + i, c + i, d + i);
-    store16(tmp + i, orig);
-    store16(b + i, r);
-  }
-  for (; i < n; ++i) {
-    uint8_t orig = b[i];
-    uint8_t r = taps(tmp[i], a[i], orig, c[i], d[i]);
-    tmp[i] = orig;
-    b[i] = r;
-  }
+  const DeintTapLines lines{b, {tmp, a, b, c, d}, tmp};
+  deint_taps_inplace_scalar(0, n, &lines);
 }
+
+#if defined(__x86_64__)
+const RowSet<const DeintTapLines*> deint_taps_rows = {
+    deint_taps_scalar, {deint_taps_sse41, 16}, {deint_taps_avx2, 32}, {nullptr, 1}};
+const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
+    deint_taps_inplace_scalar, {deint_taps_inplace_sse41, 16}, {deint_taps_inplace_avx2, 32}, {nullptr, 1}};
+#elif defined(__aarch64__)
+const RowSet<const DeintTapLines*> deint_taps_rows = {
+    deint_taps_scalar, {nullptr, 1}, {nullptr, 1}, {deint_taps_neon, 16}};
+const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
+    deint_taps_inplace_scalar, {nullptr, 1}, {nullptr, 1}, {deint_taps_inplace_neon, 16}};
+#else
+const RowSet<const DeintTapLines*> deint_taps_rows = {
+    deint_taps_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
+    deint_taps_inplace_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+#endif

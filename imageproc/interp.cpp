@@ -117,15 +117,15 @@ class Sink24 {  // memory order B, G, R
 
 class Sink32 {  // one ARGB word per pixel
  public:
-  Sink32(uint32_t* out, uint32_t alpha) : out_(out), alpha_(alpha << 24) {}
+  Sink32(uint32_t* out, uint32_t alpha) : out_(reinterpret_cast<uint8_t*>(out)), alpha_(alpha << 24) {}
   void Pair(uint64_t v0, uint64_t v1) {
-    out_[0] = alpha_ | Pack32(v0);
-    out_[1] = alpha_ | Pack32(v1);
-    out_ += 2;
+    scrim::Store32(out_, alpha_ | Pack32(v0));
+    scrim::Store32(out_ + 4, alpha_ | Pack32(v1));
+    out_ += 8;
   }
 
  private:
-  uint32_t* out_;
+  uint8_t* out_;  // rows of the 32-bit kernels need not be 4-byte aligned
   uint32_t alpha_;
 };
 

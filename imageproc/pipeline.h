@@ -25,13 +25,14 @@ enum { IMGPRC_ROTATION_RECORD_SIZE = 80 };
 int _ImgPrcInit_depend(ImgPrcContext* ctx);
 
 // Converts one frame: deinterlacing, destination addressing, one kernel.
-// 0, or the negative result of the deinterlacer or the rotation set-up, or -3
-// for a route whose kernel is not there or a work size of 0.
+// 0, or the negative result of the deinterlacer or the rotation set-up, -2
+// when the rotated RGB to YCbCr path cannot have its temporary planes, or -3
+// for a work size of 0.
 int _ImgPrcOneFrame_depend(ImgPrcContext* ctx, uint8_t** srcPlanes, uint32_t* srcStrides, uint8_t** dstPlanes,
                            uint32_t* dstStrides);
 
 // RGB (source kind 0 RGB565, 1 ARGB32, 2 ABGR32) to YCbCr 4:2:0 kernel for a
-// matrix and range; null while that kernel is not in the library.
+// matrix and range; null for an index past the table.
 ImgPrcRgbToYuvKernel GetPFN_rgb2yuv(uint32_t sourceKind, uint32_t matrixIndex, uint32_t fullRange);
 
 // 0 when the conversion supports colour adjustment (codes below 0x300 except

@@ -4,6 +4,7 @@
 
 #include "imageproc/imgprc_alloc.h"
 #include "imageproc/pipeline.h"
+#include "kernels/rgb_convert.h"
 
 namespace {
 
@@ -107,17 +108,10 @@ int _ImgPrcInit_depend(ImgPrcContext* ctx) {
 }
 
 ImgPrcRgbToYuvKernel GetPFN_rgb2yuv(uint32_t sourceKind, uint32_t matrixIndex, uint32_t fullRange) {
-  // Index (2 x kind + range) x 4 + matrix. Video-range kernels are the YCbCr420
-  // ones, full-range the YUV420 ones; the digit is the matrix. A kernel lands
-  // here by replacing its null.
-  static const ImgPrcRgbToYuvKernel kTable[24] = {
-      nullptr, nullptr, nullptr, nullptr,  // _ORURGB565ToYCbCr420_0 .. _3
-      nullptr, nullptr, nullptr, nullptr,  // _ORURGB565ToYUV420_0 .. _3
-      nullptr, nullptr, nullptr, nullptr,  // _ORUARGB32ToYCbCr420_0 .. _3
-      nullptr, nullptr, nullptr, nullptr,  // _ORUARGB32ToYUV420_0 .. _3
-      nullptr, nullptr, nullptr, nullptr,  // _ORUABGR32ToYCbCr420_0 .. _3
-      nullptr, nullptr, nullptr, nullptr,  // _ORUABGR32ToYUV420_0 .. _3
-  };
+  // Index (2 x kind + range) x 4 + matrix, in the order the member list gives.
+#define SCRIM_RGB_TO_YUV420_ENTRY(name, source, range, matrix) name,
+  static const ImgPrcRgbToYuvKernel kTable[24] = {SCRIM_RGB_TO_YUV420_MEMBERS(SCRIM_RGB_TO_YUV420_ENTRY)};
+#undef SCRIM_RGB_TO_YUV420_ENTRY
   const uint64_t index = (2 * static_cast<uint64_t>(sourceKind) + fullRange) * 4 + matrixIndex;
   return index < 24 ? kTable[index] : nullptr;
 }

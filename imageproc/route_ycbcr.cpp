@@ -7,39 +7,48 @@
 namespace {
 
 // Planar output with the adjustment tables applied to every sample written.
-int RouteAdjusted(ImgPrcContext* ctx, const ImgPrcFrameIO&) {
+uint32_t RunAdjusted(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
+  const uint32_t sw = ctx->workSrcWidth, sh = ctx->workSrcHeight;
+  const int32_t dw = static_cast<int32_t>(ctx->workDstWidth), dh = static_cast<int32_t>(ctx->workDstHeight);
+  const bool same = ctx->resizeCase == 0;
   if (ctx->rotation != 0) {
-    if (ctx->resizeCase == 0) return kImgPrcNoKernel;  // _ORUYCbCr420RotAdjust: rotated shape
-    return kImgPrcNoKernel;  // _ORUYCbCr420RszRotAdjust: rotated shape with destination sizes
+    if (same) return _ORUYCbCr420RotAdjust(ctx, io.src, io.srcStrides, sw, sh);
+    return _ORUYCbCr420RszRotAdjust(ctx, io.src, io.srcStrides, static_cast<int32_t>(sw),
+                                    static_cast<int32_t>(sh), dw, dh);
   }
-  if (ctx->resizeCase == 0) return kImgPrcNoKernel;  // _ORUYCbCrAdjust: plus destination planes and strides
-  return kImgPrcNoKernel;  // _ORUYCbCr420RszAdjust: plus destination planes, strides and sizes
+  if (same) return _ORUYCbCrAdjust(ctx, io.src, io.srcStrides, sw, sh, io.dst, io.dstStrides);
+  return _ORUYCbCr420RszAdjust(ctx, io.src, io.srcStrides, static_cast<int32_t>(sw), static_cast<int32_t>(sh),
+                               io.dst, io.dstStrides, dw, dh);
 }
 
-int RoutePlanar(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
-  if (ctx->adjustActive) return RouteAdjusted(ctx, io);
+uint32_t RunPlanar(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
+  if (ctx->adjustActive) return RunAdjusted(ctx, io);
   const uint32_t sw = ctx->workSrcWidth, sh = ctx->workSrcHeight;
+  const int32_t dw = static_cast<int32_t>(ctx->workDstWidth), dh = static_cast<int32_t>(ctx->workDstHeight);
+  const bool same = ctx->resizeCase == 0;
   if (ctx->rotation != 0) {
-    if (ctx->resizeCase == 0) return kImgPrcNoKernel;  // _ORUYCbCr420Rot: record-first
-    return kImgPrcNoKernel;  // _ORUYCbCr420RszRot: record-first with destination sizes
+    if (same) return _ORUYCbCr420Rot(ctx->rotationRecord, io.src, io.srcStrides, sw, sh);
+    return _ORUYCbCr420RszRot(ctx->rotationRecord, io.src, io.srcStrides, static_cast<int32_t>(sw),
+                              static_cast<int32_t>(sh), dw, dh);
   }
-  if (ctx->resizeCase == 0)
-    return ImgPrcKernelRan(_ORUYCbCr420Copy(io.src, io.srcStrides, sw, sh, io.dst, io.dstStrides));
-  return kImgPrcNoKernel;  // _ORUYCbCr420Rsz: as the copy, then destination sizes
+  if (same) return _ORUYCbCr420Copy(io.src, io.srcStrides, sw, sh, io.dst, io.dstStrides);
+  return _ORUYCbCr420Rsz(io.src, io.srcStrides, static_cast<int32_t>(sw), static_cast<int32_t>(sh), io.dst,
+                         io.dstStrides, dw, dh);
 }
 
 }  // namespace
 
 int ImgPrcRoute_YCbCr420ToYCbCr(ImgPrcContext* ctx, const ImgPrcFrameIO& io) {
+  const uint32_t sw = ctx->workSrcWidth, sh = ctx->workSrcHeight;
   switch (ImgPrcOutputCode(ctx)) {
     case IMGPRC_FMT_YCBCR420:
-      return RoutePlanar(ctx, io);
+      return ImgPrcKernelRan(RunPlanar(ctx, io));
     case IMGPRC_FMT_YUY2:
-      return kImgPrcNoKernel;  // _ORUYCbCr420ToYUY2: destination plane 0 and stride 0 first
+      return ImgPrcKernelRan(_ORUYCbCr420ToYUY2(io.dst[0], io.dstStrides[0], io.src, io.srcStrides, sw, sh));
     case IMGPRC_FMT_UYVY:
-      return kImgPrcNoKernel;  // _ORUYCbCr420ToUYVY: as YUY2
+      return ImgPrcKernelRan(_ORUYCbCr420ToUYVY(io.dst[0], io.dstStrides[0], io.src, io.srcStrides, sw, sh));
     case IMGPRC_FMT_NV12:
-      return kImgPrcNoKernel;  // _ORUYCbCr420ToNV12: as the copy
+      return ImgPrcKernelRan(_ORUYCbCr420ToNV12(io.src, io.srcStrides, sw, sh, io.dst, io.dstStrides));
     default:
       return 0;
   }

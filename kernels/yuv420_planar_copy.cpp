@@ -11,12 +11,6 @@ void CopyBytes(void* dst, const void* src, uint64_t n) {
   if (n != 0) memcpy(dst, src, n);
 }
 
-void CopyPlane(const uint8_t* src, uint32_t srcStride, uint8_t* dst, uint32_t dstStride, uint32_t width,
-               uint32_t rows) {
-  WalkPlaneRows(src, srcStride, dst, dstStride, rows,
-                [width](const uint8_t* s, uint8_t* d) { CopyBytes(d, s, width); });
-}
-
 bool IsTight(const uint32_t srcStrides[3], uint32_t width, const uint32_t dstStrides[3]) {
   const uint32_t chroma = srcStrides[0] >> 1;
   return srcStrides[0] == width && srcStrides[1] == chroma && srcStrides[2] == chroma &&
@@ -48,9 +42,9 @@ extern "C" uint32_t _ORUYCbCr420Copy(const uint8_t* const srcPlanes[3], const ui
     }
     return 0;
   }
-  CopyPlane(srcPlanes[0], srcStrides[0], dstPlanes[0], dstStrides[0], width, height);
+  CopyPlaneRows(srcPlanes[0], srcStrides[0], dstPlanes[0], dstStrides[0], width, height);
   if (height < 2) return 0;
-  CopyPlane(srcPlanes[1], srcStrides[1], dstPlanes[1], dstStrides[1], width / 2, height / 2);
-  CopyPlane(srcPlanes[2], srcStrides[2], dstPlanes[2], dstStrides[2], width / 2, height / 2);
+  CopyPlaneRows(srcPlanes[1], srcStrides[1], dstPlanes[1], dstStrides[1], width / 2, height / 2);
+  CopyPlaneRows(srcPlanes[2], srcStrides[2], dstPlanes[2], dstStrides[2], width / 2, height / 2);
   return 0;
 }

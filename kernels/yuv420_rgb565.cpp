@@ -1,7 +1,9 @@
 // Same-size YCbCr 4:2:0 to RGB565 / RGB555: one walk over 2x2 blocks, a colour
 // step per block and a writer that places the block (plain rows or rotation
 // cursors).
+#include "kernels/block_walk.h"
 #include "kernels/rgb565_writers.h"
+#include "kernels/rgb_steps.h"
 #include "kernels/yuv420_rgb16.h"
 #include "kernels/yuv_color_step.h"
 
@@ -9,42 +11,7 @@ using namespace scrim;
 
 namespace {
 
-struct Block4 {
-  uint16_t p00, p10, p01, p11;  // top-left, top-right, bottom-left, bottom-right
-};
-
-// Row pairs while row < height, column pairs while column < width: an odd
-// size is walked as the next even one. Both chroma planes use stride 1.
-template <class Color, class Writer>
-void Walk420(const uint8_t* const* src, const uint32_t* strides, int32_t width, int32_t height, Color color,
-             Writer& out) {
-  const ptrdiff_t ys = strides[0];
-  const ptrdiff_t cs = strides[1];
-  const uint8_t* y = src[0];
-  const uint8_t* cb = src[1];
-  const uint8_t* cr = src[2];
-  for (int32_t k = 0; 2 * k < height; ++k) {
-    out.RowPair(k);
-    const uint8_t* y0 = y;
-    const uint8_t* y1 = y + ys;
-    for (int32_t m = 0; 2 * m < width; ++m) {
-      const Block4 b = color(y0[2 * m], y0[2 * m + 1], y1[2 * m], y1[2 * m + 1], cb[m], cr[m]);
-      out.Block(m, b.p00, b.p10, b.p01, b.p11);
-    }
-    y += 2 * ys;
-    cb += cs;
-    cr += cs;
-  }
-}
-
-struct Color565 {
-  ColorTables tab;
-  Block4 operator()(uint8_t y00, uint8_t y10, uint8_t y01, uint8_t y11, uint8_t cb, uint8_t cr) const {
-    const ChromaTerms t = ChromaTermsOf(tab, cb, cr);
-    return {Rgb565(tab.Luma(y00), t), Rgb565(tab.Luma(y10), t), Rgb565(tab.Luma(y01), t),
-            Rgb565(tab.Luma(y11), t)};
-  }
-};
+using Color565 = SharedChroma<Rgb565Step>;
 
 // Keyed RGB555: each pixel compares its own samples with the key; a match is
 // written as 0x0000 (transparent) without computing its colour.
@@ -55,7 +22,8 @@ struct Color555Keyed {
     if ((static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
     return Rgb555Opaque(tab.Luma(y), t);
   }
-  Block4 operator()(uint8_t y00, uint8_t y10, uint8_t y01, uint8_t y11, uint8_t cb, uint8_t cr) const {
+  Block4<uint16_t> operator()(uint8_t y00, uint8_t y10, uint8_t y01, uint8_t y11, uint8_t cb,
+                              uint8_t cr) const {
     const ChromaTerms t = ChromaTermsOf(tab, cb, cr);
     return {One(y00, cb, cr, t), One(y10, cb, cr, t), One(y01, cb, cr, t), One(y11, cb, cr, t)};
   }
@@ -68,7 +36,7 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565(ImgPrcContext* ctx, const uin
                                                    uint8_t* dst, int32_t pitch) {
   if (height < 1) return 0;
   PlainBlockWriter out(dst, pitch);
-  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx)}, out);
+  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx), {}}, out);
   return 0;
 }
 
@@ -78,7 +46,7 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Rot(ImgPrcContext* ctx, const 
   if (height < 1) return 0;
   if (ctx->rotationRecord == nullptr) return 0xFFFFFFFFu;
   CursorBlockWriter out(*ctx->rotationRecord);
-  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx)}, out);
+  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx), {}}, out);
   return 0;
 }
 

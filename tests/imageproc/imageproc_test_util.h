@@ -91,15 +91,25 @@ inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t l
 // NV12 two, packed and RGB one.
 inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
 
-// A picture for either side of format `code`, each plane 8 rows of 32 bytes:
-// enough for the 16 x 8 default instance in any layout.
+// A picture for either side of format `code`, each plane 20 rows of 64 bytes:
+// enough for the 16 x 8 default instance in any layout (32-bit rows land up to
+// 4 strides apart, and resizing kernels read a row past the picture).
 inline void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
-  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 32, 8, 32, static_cast<uint8_t>(seed + i));
+  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 64, 20, 64, static_cast<uint8_t>(seed + i));
 }
 
 inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
   ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
+}
+
+// The same on planes held elsewhere.
+inline uint32_t Frame(const Instance& inst, uint8_t* const* src, const uint32_t* srcStrides,
+                      uint8_t* const* dst, const uint32_t* dstStrides) {
+  ImgPrcFrameParams f = {sizeof f, 0, 0};
+  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), const_cast<uint8_t**>(src),
+                                    const_cast<uint32_t*>(srcStrides), const_cast<uint8_t**>(dst),
+                                    const_cast<uint32_t*>(dstStrides), &f);
 }
 
 // What a row-by-row copy of rows x width bytes leaves in a plane that held

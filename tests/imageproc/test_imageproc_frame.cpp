@@ -118,49 +118,8 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
   }
 }
 
-// Routes whose kernels are not in the library yet report not implemented and
-// leave the destination untouched. A route leaves this table when its kernel lands.
-// In order: 4:2:0 to 4:2:0 rotated, resized, adjusted and their mixes; to YUY2,
-// UYVY, NV12; to RGB888 (plain, rotated, enlarged, shrunk, shrunk and rotated);
-// to ARGB32 (the same, doubled and the two fixed cases); to ABGR32; 4:2:2 and
-// 4:4:4 inputs; RGB to 4:2:0 without a chosen kernel; RGB to RGB; NV12 to 4:2:0.
-TEST(Frame, RoutesWithoutAKernelReportNotImplemented) {
-  struct Case {
-    uint32_t format, rotation, dstWidth, dstHeight;
-    bool adjust;
-  };
-  const Case cases[] = {
-      {0x000, 1, 16, 8, 0},  {0x000, 3, 32, 8, 0},  {0x000, 0, 32, 16, 0}, {0x000, 0, 16, 8, 1},
-      {0x000, 0, 8, 4, 1},   {0x000, 2, 16, 8, 1},  {0x000, 5, 32, 16, 1}, {0x006, 0, 16, 8, 0},
-      {0x007, 0, 16, 8, 0},  {0x008, 0, 16, 8, 0},  {0x004, 0, 16, 8, 0},  {0x004, 4, 16, 8, 0},
-      {0x004, 0, 32, 16, 0}, {0x004, 0, 8, 4, 0},   {0x004, 1, 8, 4, 0},   {0x005, 0, 16, 8, 0},
-      {0x005, 3, 16, 8, 0},  {0x005, 3, 32, 16, 0}, {0x005, 0, 32, 16, 0}, {0x005, 0, 40, 16, 0},
-      {0x005, 0, 24, 4, 0},  {0x005, 0, 8, 4, 0},   {0x009, 0, 16, 8, 0},  {0x009, 0, 8, 12, 0},
-      {0x103, 2, 16, 8, 0},  {0x103, 0, 8, 4, 0},   {0x105, 0, 16, 8, 0},  {0x109, 1, 16, 8, 0},
-      {0x203, 0, 16, 8, 0},  {0x204, 0, 16, 8, 0},  {0x205, 0, 16, 8, 0},  {0x209, 0, 16, 8, 0},
-      {0x300, 0, 16, 8, 0},  {0x500, 1, 16, 8, 0},  {0x900, 0, 16, 8, 0},  {0x303, 0, 16, 8, 0},
-      {0x305, 0, 16, 8, 0},  {0x403, 0, 16, 8, 0},  {0x404, 0, 16, 8, 0},  {0x800, 0, 16, 8, 0}};
-
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << std::hex << c.format << std::dec << " rotation " << c.rotation
-                                    << " to " << c.dstWidth << "x" << c.dstHeight
-                                    << (c.adjust ? " adjusted" : ""));
-    Instance inst({c.format, 16, 8, c.dstWidth, c.dstHeight, c.rotation});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    if (c.adjust) {
-      ASSERT_EQ(SetAdjust(inst, 140, 128, 128), IMGPRC_OK);
-    }
-    Picture src, dst, before;
-    MakeFor(src, static_cast<int32_t>(c.format) >> 8, 1);
-    MakeFor(dst, c.format & 0xFF, 50);
-    MakeFor(before, c.format & 0xFF, 50);
-    EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_NOTIMPL);
-    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
-  }
-}
-
 // A size of 1 is processed as 0: no pixel to read or to resize from. Every
-// route, with or without a kernel, reports not implemented and writes nothing.
+// route reports not implemented and writes nothing.
 TEST(Frame, PictureOnePixelWideOrHighIsRefused) {
   struct Case {
     uint32_t format, sw, sh, dw, dh, rotation;

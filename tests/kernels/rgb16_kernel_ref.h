@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <vector>
 
 #include "rgb16_ref.h"
@@ -13,6 +14,11 @@ namespace rgb16test {
 
 using Line = std::vector<uint64_t>;
 using Pixels = std::vector<uint16_t>;
+using Grid = std::vector<uint32_t>;
+// A family's reference pixel of a sample triple, and its store of one pixel.
+using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
+using PutFn = std::function<void(Canvas&, int64_t at, uint32_t v)>;
+inline void Put565(Canvas& cv, int64_t at, uint32_t v) { cv.Put16(at, static_cast<uint16_t>(v)); }
 
 inline uint64_t Spread(uint32_t r, uint32_t g, uint32_t b) {
   return uint64_t{r} << 21 | uint64_t{g} << 10 | b;
@@ -43,57 +49,70 @@ void ForEachBlockPixel(Picture& pic, int32_t w, int32_t h, Put put) {
 }
 
 // Through the four cursors (unrotated rows: MakeOffsets(0, ...)); steps used
-// rounded down to whole pixels. RGB555 with colour key `key` when `rgb555`.
-// Returns the picture as well (w x h, source orientation).
-inline std::vector<uint16_t> RenderBlocks(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
-                                          const RecordOffsets& ro, bool rgb555 = false, uint32_t key = 0) {
+// rounded down to even bytes. Returns the picture as well (w x h, source
+// orientation).
+inline Grid RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const RecordOffsets& ro,
+                         const PixelFn& px, const PutFn& put = Put565) {
   const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
-  std::vector<uint16_t> grid(static_cast<size_t>(w) * h);
+  Grid grid(static_cast<size_t>(w) * h);
   ForEachBlockPixel(pic, w, h, [&](int32_t x, int32_t y, uint8_t yv, uint8_t cb, uint8_t cr) {
-    const uint16_t v = rgb555 ? Ref555(t, yv, cb, cr, key) : Ref565(t, yv, cb, cr);
-    cv.Put16(ro.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, v);
+    const uint32_t v = px(yv, cb, cr);
+    put(cv, ro.pix[(x & 1) + 2 * (y & 1)] + (x >> 1) * col + (y >> 1) * row, v);
     if (x < w && y < h) grid[static_cast<size_t>(y) * w + x] = v;
   });
   return grid;
 }
+// RGB565, or RGB555 with colour key `key` when `rgb555`.
+inline Grid RenderBlocks(Canvas& cv, const Tables& t, Picture& pic, int32_t w, int32_t h,
+                         const RecordOffsets& ro, bool rgb555 = false, uint32_t key = 0) {
+  return RenderBlocks(cv, pic, w, h, ro, [&](uint8_t y, uint8_t cb, uint8_t cr) -> uint32_t {
+    return rgb555 ? Ref555(t, y, cb, cr, key) : Ref565(t, y, cb, cr);
+  });
+}
 
 // ---- Any ratio ------------------------------------------------------------
 
-// Luma at 16.16 position (x, y): down each column with weight wy (values x 2),
-// then across with wx; the next column is clamped to the last, the next row
-// is not.
-inline uint8_t BilinearLuma(Picture& pic, int32_t sw, uint32_t x, uint32_t y) {
-  const int64_t xi = x >> 16, yi = y >> 16, xn = std::min<int64_t>(xi + 1, sw - 1);
+// Sample of a plane at 16.16 position (x, y): down each column with weight wy
+// (values x 2), then across with wx; the next column is clamped to `last`, the
+// next row is not.
+inline uint8_t Bilinear(Picture& pic, int plane, int32_t last, uint32_t x, uint32_t y) {
+  const int64_t xi = x >> 16, yi = y >> 16, xn = std::min<int64_t>(xi + 1, last);
   const int32_t wx = (x >> 11) & 31, wy = (y >> 11) & 31;
+  const uint32_t st = pic.stride(plane);
   auto down = [&](int64_t c) {
-    const int32_t a = pic.Y(c, yi), b = pic.Y(c, yi + 1);
+    const int32_t a = pic.C(plane, c, yi, st), b = pic.C(plane, c, yi + 1, st);
     return (a * 32 + (b - a) * wy) >> 4;
   };
   const int32_t s0 = down(xi), s1 = down(xn);
   return static_cast<uint8_t>((s1 * wx + s0 * (32 - wx)) >> 6);
 }
+inline uint8_t BilinearLuma(Picture& pic, int32_t sw, uint32_t x, uint32_t y) {
+  return Bilinear(pic, 0, sw - 1, x, y);
+}
 
 struct Block {
-  uint16_t p[4];  // (0,0), (1,0), (0,1), (1,1)
+  uint32_t p[4];  // (0,0), (1,0), (0,1), (1,1)
 };
 
 // Output block (m, n) of an any-ratio resize: bilinear luma, chroma nearest
-// to the block centre.
+// to the block centre (4:2:2 with `rowChroma`: each row's chroma from its own
+// luma row). RGB565 unless a pixel function is given.
 template <class Put>
 void ForEachResizedBlock(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
-                         Put put) {
+                         Put put, PixelFn px = nullptr, bool rowChroma = false) {
+  if (!px) px = [&](uint8_t y, uint8_t cb, uint8_t cr) -> uint32_t { return Ref565(t, y, cb, cr); };
   const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
   for (int32_t n = 0; 2 * n < dh; ++n) {
     const uint32_t y0 = 2 * n * sy, y1 = y0 + sy;
     for (int32_t m = 0; 2 * m < dw; ++m) {
       const uint32_t x0 = 2 * m * sx, x1 = x0 + sx;
       const int64_t ccol = ((x0 >> 16) + (x1 >> 16) + 1) >> 2, crow = ((y0 >> 16) + (y1 >> 16) + 1) >> 2;
-      const uint8_t cb = pic.Cb(ccol, crow), cr = pic.Cr(ccol, crow);
+      const int64_t r0 = rowChroma ? y0 >> 16 : crow, r1 = rowChroma ? y1 >> 16 : crow;
       Block b;
-      b.p[0] = Ref565(t, BilinearLuma(pic, sw, x0, y0), cb, cr);
-      b.p[1] = Ref565(t, BilinearLuma(pic, sw, x1, y0), cb, cr);
-      b.p[2] = Ref565(t, BilinearLuma(pic, sw, x0, y1), cb, cr);
-      b.p[3] = Ref565(t, BilinearLuma(pic, sw, x1, y1), cb, cr);
+      b.p[0] = px(BilinearLuma(pic, sw, x0, y0), pic.Cb(ccol, r0), pic.Cr(ccol, r0));
+      b.p[1] = px(BilinearLuma(pic, sw, x1, y0), pic.Cb(ccol, r0), pic.Cr(ccol, r0));
+      b.p[2] = px(BilinearLuma(pic, sw, x0, y1), pic.Cb(ccol, r1), pic.Cr(ccol, r1));
+      b.p[3] = px(BilinearLuma(pic, sw, x1, y1), pic.Cb(ccol, r1), pic.Cr(ccol, r1));
       put(m, n, b);
     }
   }
@@ -105,29 +124,44 @@ inline uint64_t WidePair(uint16_t lo, uint16_t hi) {
 }
 
 inline void RenderRsz(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
-                      int32_t dh, int64_t pitch) {
-  ForEachResizedBlock(t, pic, sw, sh, dw, dh, [&](int32_t m, int32_t n, const Block& b) {
-    cv.Put64(2 * n * pitch + 8 * m, WidePair(b.p[0], b.p[1]));
-    cv.Put64((2 * n + 1) * pitch + 8 * m, WidePair(b.p[2], b.p[3]));
-  });
+                      int32_t dh, int64_t pitch, bool rowChroma = false) {
+  ForEachResizedBlock(
+      t, pic, sw, sh, dw, dh,
+      [&](int32_t m, int32_t n, const Block& b) {
+        cv.Put64(2 * n * pitch + 8 * m, WidePair(b.p[0], b.p[1]));
+        cv.Put64((2 * n + 1) * pitch + 8 * m, WidePair(b.p[2], b.p[3]));
+      },
+      nullptr, rowChroma);
 }
 
 // Returns the output grid (dw x dh, source orientation) as well.
-inline std::vector<uint16_t> RenderRszRot(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh,
-                                          int32_t dw, int32_t dh, const RecordOffsets& ro) {
+inline Grid RenderRszRot(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
+                         int32_t dh, const RecordOffsets& ro, const PixelFn& px = nullptr,
+                         const PutFn& put = Put565) {
   const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
-  std::vector<uint16_t> grid(static_cast<size_t>(dw) * dh);
-  ForEachResizedBlock(t, pic, sw, sh, dw, dh, [&](int32_t m, int32_t n, const Block& b) {
-    for (int i = 0; i < 4; ++i) {
-      cv.Put16(ro.pix[i] + m * col + n * row, b.p[i]);
-      const int32_t x = 2 * m + i % 2, y = 2 * n + i / 2;
-      if (x < dw && y < dh) grid[static_cast<size_t>(y) * dw + x] = b.p[i];
-    }
-  });
+  Grid grid(static_cast<size_t>(dw) * dh);
+  ForEachResizedBlock(
+      t, pic, sw, sh, dw, dh,
+      [&](int32_t m, int32_t n, const Block& b) {
+        for (int i = 0; i < 4; ++i) {
+          put(cv, ro.pix[i] + m * col + n * row, b.p[i]);
+          const int32_t x = 2 * m + i % 2, y = 2 * n + i / 2;
+          if (x < dw && y < dh) grid[static_cast<size_t>(y) * dw + x] = b.p[i];
+        }
+      },
+      px);
   return grid;
 }
 
 // ---- Line-buffer enlargement ----------------------------------------------
+
+// Lines converted with red and blue exchanged are blended on whole words, as
+// the interpolators do: their 6-bit red in the low field carries into green.
+inline Line BlendWords(const Line& a, const Line& b, uint32_t wb, uint32_t total) {
+  Line out(a.size());
+  for (size_t x = 0; x < a.size(); ++x) out[x] = (((total - wb) * a[x] + wb * b[x]) / total) & kMask;
+  return out;
+}
 
 inline Line Blend(const Line& a, const Line& b, uint32_t wb, uint32_t total) {
   Line out(a.size());
@@ -139,10 +173,11 @@ inline Line Blend(const Line& a, const Line& b, uint32_t wb, uint32_t total) {
   return out;
 }
 
-// Spread source row r converted with chroma row c.
-inline Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int64_t c) {
+// Spread source row r converted with chroma row c (red and blue exchanged when bgr).
+inline Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int64_t c, bool bgr = false) {
   Line l(sw);
-  for (int32_t x = 0; x < sw; ++x) l[x] = RefSpread(t, pic.Y(x, r), pic.Cb(x / 2, c), pic.Cr(x / 2, c));
+  for (int32_t x = 0; x < sw; ++x)
+    l[x] = (bgr ? RefSpreadBgr : RefSpread)(t, pic.Y(x, r), pic.Cb(x / 2, c), pic.Cr(x / 2, c));
   return l;
 }
 
@@ -150,7 +185,8 @@ inline Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int6
 // starts at row r is converted with chroma row r >> 1 for both rows.
 class RefCache {
  public:
-  RefCache(const Tables& t, Picture& pic, int32_t sw) : t_(t), pic_(pic), sw_(sw) {}
+  RefCache(const Tables& t, Picture& pic, int32_t sw, bool bgr = false)
+      : t_(t), pic_(pic), sw_(sw), bgr_(bgr) {}
   Line At(uint32_t p) {
     const int32_t y = p >> 16, f = (p >> 11) & 31;
     if (tag_[0] != y) {
@@ -164,13 +200,13 @@ class RefCache {
     }
     if (f == 0) return line_[0];
     if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    return Blend(line_[0], line_[1], f, 32);
+    return (bgr_ ? BlendWords : Blend)(line_[0], line_[1], f, 32);
   }
 
  private:
   void Fill(int32_t r, int a, int b) {
-    line_[a] = SpreadRow(t_, pic_, sw_, r, r >> 1);
-    line_[b] = SpreadRow(t_, pic_, sw_, r + 1, r >> 1);
+    line_[a] = SpreadRow(t_, pic_, sw_, r, r >> 1, bgr_);
+    line_[b] = SpreadRow(t_, pic_, sw_, r + 1, r >> 1, bgr_);
     tag_[a] = r;
     tag_[b] = r + 1;
   }
@@ -182,6 +218,7 @@ class RefCache {
   const Tables& t_;
   Picture& pic_;
   int32_t sw_;
+  bool bgr_;
   Line line_[3];
   int32_t tag_[3] = {-1, -1, -1};
 };
@@ -249,6 +286,12 @@ inline uint32_t Blend32(const Terms& terms, uint32_t alpha) {
   for (const auto& [w, s] : terms) r += w * RedOf(s), g += w * GreenOf(s), b += w * BlueOf(s);
   return alpha << 24 | (r >> 3) << 16 | (g >> 3) << 8 | b >> 2;
 }
+// The same packing on the whole weighted word, for lines with red and blue exchanged.
+inline uint32_t Blend32Words(const Terms& terms, uint32_t alpha) {
+  uint64_t v = 0;
+  for (const auto& [w, s] : terms) v += w * s;
+  return alpha << 24 | uint32_t(((v >> 8) & 0xFF0000) | ((v >> 5) & 0xFF00) | ((v >> 2) & 0xFF));
+}
 
 // One output row of pixel pairs in 64-bit words with a zero upper half.
 inline void PutPairs(Canvas& cv, int64_t at, const Pixels& px) {
@@ -258,13 +301,43 @@ inline void PutPairs(Canvas& cv, int64_t at, const Pixels& px) {
 // Bytes of a line buffer for the spread-line kernels.
 inline size_t SpreadLineBytes(int32_t sw) { return std::max<size_t>(sw + 1, 4) * 8; }
 
-// The rows of a line-buffer enlargement (source orientation).
+// The output rows of the line-buffer enlargements, as the weighted pixels of
+// each output pixel (source orientation).
+using PhaseRows = std::vector<std::vector<Terms>>;
+inline PhaseRows RszUpPhases(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
+                             bool bgr = false) {
+  RefCache cache(t, pic, sw, bgr);
+  const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
+  PhaseRows rows;
+  for (int32_t j = 0; j < dh; ++j) rows.push_back(LinearPhases(cache.At(j * sy), sx, dw));
+  return rows;
+}
+inline PhaseRows Case2Phases(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh,
+                             bool bgr = false) {
+  RefCache cache(t, pic, sw, bgr);
+  const uint32_t sy = Step(sh, dh);
+  PhaseRows rows;
+  for (int32_t j = 0; j < dh; ++j) rows.push_back(Phases23(cache.At(j * sy)));
+  return rows;
+}
+// Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1,
+// in whole groups of 4 rows; the last group's second pair lies past the
+// picture.
+inline PhaseRows Case1Phases(const Tables& t, Picture& pic, int32_t sw, int32_t dh, bool bgr = false) {
+  const int32_t groups = (dh - 1) / 4 + 1;
+  std::vector<Line> src;
+  for (int32_t r = 0; r < 2 * groups + 2; ++r) src.push_back(SpreadRow(t, pic, sw, r, r / 2, bgr));
+  PhaseRows rows;
+  for (int32_t k = 0; k < 2 * groups; ++k) {
+    rows.push_back(Phases25(src[k]));
+    rows.push_back(Phases25((bgr ? BlendWords : Blend)(src[k], src[k + 1], 1, 2)));
+  }
+  return rows;
+}
 inline std::vector<Pixels> RszUpRows(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
                                      int32_t dh) {
-  RefCache cache(t, pic, sw);
-  const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
   std::vector<Pixels> rows;
-  for (int32_t j = 0; j < dh; ++j) rows.push_back(To565(LinearPhases(cache.At(j * sy), sx, dw)));
+  for (const auto& r : RszUpPhases(t, pic, sw, sh, dw, dh)) rows.push_back(To565(r));
   return rows;
 }
 
@@ -274,24 +347,8 @@ inline void RenderRszUp(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, i
   for (size_t j = 0; j < rows.size(); ++j) PutPairs(cv, int64_t(j) * WideRow(pitch), rows[j]);
 }
 
-inline void RenderCase2(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh,
-                        int32_t pitch) {
-  RefCache cache(t, pic, sw);
-  const uint32_t sy = Step(sh, dh);
-  for (int32_t j = 0; j < dh; ++j) PutPairs(cv, j * WideRow(pitch), To565(Phases23(cache.At(j * sy))));
-}
-
-// Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1,
-// in whole groups of 4 rows; the last group's second pair lies past the
-// picture.
-inline void RenderCase1(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t dh, int32_t pitch) {
-  const int32_t groups = (dh - 1) / 4 + 1;
-  std::vector<Line> src;
-  for (int32_t r = 0; r < 2 * groups + 2; ++r) src.push_back(SpreadRow(t, pic, sw, r, r / 2));
-  for (int32_t k = 0; k < 2 * groups; ++k) {
-    PutPairs(cv, 2 * k * WideRow(pitch), To565(Phases25(src[k])));
-    PutPairs(cv, (2 * k + 1) * WideRow(pitch), To565(Phases25(Blend(src[k], src[k + 1], 1, 2))));
-  }
+inline void PutRows565(Canvas& cv, const PhaseRows& rows, int32_t pitch) {
+  for (size_t j = 0; j < rows.size(); ++j) PutPairs(cv, int64_t(j) * WideRow(pitch), To565(rows[j]));
 }
 
 // The documented weight table of the 320x240 to 480x272 kernel: output row k
@@ -388,9 +445,8 @@ inline uint32_t KeyOf(Picture& pic, int32_t x, int32_t y) {
 // (the same-size kernels take sw x sh), rows `pitch` bytes apart (rotating
 // kernels: through `ro`). Rotating kernels also return the output picture
 // (dw x dh, source orientation).
-inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
-                                          int32_t sh, int32_t dw, int32_t dh, int32_t pitch,
-                                          const RecordOffsets& ro, uint32_t key) {
+inline Grid RenderKernel(Kernel k, Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh,
+                         int32_t dw, int32_t dh, int32_t pitch, const RecordOffsets& ro, uint32_t key) {
   switch (k) {
     case Kernel::Plain:
     case Kernel::Rgb555:
@@ -414,7 +470,7 @@ inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t,
       // (byte steps, used rounded down to whole pixels).
       const auto rows = RszUpRows(t, pic, sw, sh, dw, dh);
       const int64_t row = (ro.stepY / 2 >> 1) * 2, col = (ro.stepX / 2 >> 1) * 2;
-      std::vector<uint16_t> grid;
+      Grid grid;
       for (size_t j = 0; j < rows.size(); ++j)
         for (size_t k = 0; k < rows[j].size(); ++k)
           cv.Put16(ro.pix[0] + int64_t(j) * row + int64_t(k) * col, rows[j][k]);
@@ -423,10 +479,10 @@ inline std::vector<uint16_t> RenderKernel(Kernel k, Canvas& cv, const Tables& t,
       return grid;
     }
     case Kernel::Case1:
-      RenderCase1(cv, t, pic, sw, dh, pitch);
+      PutRows565(cv, Case1Phases(t, pic, sw, dh), pitch);
       break;
     case Kernel::Case2:
-      RenderCase2(cv, t, pic, sw, sh, dh, pitch);
+      PutRows565(cv, Case2Phases(t, pic, sw, sh, dh), pitch);
       break;
     case Kernel::Case3:
       RenderCase3(cv, t, pic, pitch);

@@ -103,6 +103,18 @@ inline uint64_t RefSpread(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
   return uint64_t(Clamp(s.r >> 9, 63)) << 21 | uint64_t(Clamp(s.g >> 9, 63)) << 10 | Clamp(s.b >> 10, 31);
 }
 
+// 8-bit channels: each sum >> 7 clamped to 0..255, as R << 16 | G << 8 | B.
+inline uint32_t RefRgb8(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
+  const Sums s = SumsOf(t, y, cb, cr);
+  return uint32_t(Clamp(s.r >> 7, 255)) << 16 | Clamp(s.g >> 7, 255) << 8 | Clamp(s.b >> 7, 255);
+}
+
+// Spread pixel with red and blue exchanged: 5-bit blue at bit 21, 6-bit red at 0.
+inline uint64_t RefSpreadBgr(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
+  const Sums s = SumsOf(t, y, cb, cr);
+  return uint64_t(Clamp(s.b >> 10, 31)) << 21 | uint64_t(Clamp(s.g >> 9, 63)) << 10 | Clamp(s.r >> 9, 63);
+}
+
 // Field values of a spread pixel.
 inline uint32_t RedOf(uint64_t s) { return (s >> 21) & 63; }
 inline uint32_t GreenOf(uint64_t s) { return (s >> 10) & 63; }
@@ -121,19 +133,20 @@ inline uint16_t Blend565(const std::vector<std::pair<uint32_t, uint64_t>>& terms
   return static_cast<uint16_t>((r / total >> 1) << 11 | (g / total) << 5 | (b / total));
 }
 
-// A 4:2:0 source. Planes are allocated generously and filled at random; the
-// accessors record the furthest byte read in each plane, and Cut() then makes
-// copies holding exactly the bytes up to it, for the kernel to read.
+// A 4:2:0 source (4:2:2 with chromaRows 1, 4:4:4 with chromaCols 1 too). Planes are allocated generously and
+// filled at random; the accessors record the furthest byte read in each plane, and Cut() then makes copies
+// holding exactly the bytes up to it, for the kernel to read.
 class Picture {
  public:
-  Picture(int32_t width, int32_t height, int32_t pad, uint32_t seed, int32_t extraRows = 4) {
+  Picture(int32_t width, int32_t height, int32_t pad, uint32_t seed, int32_t extraRows = 4,
+          int chromaCols = 2, int chromaRows = 2) {
+    const int32_t cw = (width + chromaCols - 1) / chromaCols, ch = (height + chromaRows - 1) / chromaRows;
     strides_[0] = static_cast<uint32_t>(width + pad);
-    strides_[1] = static_cast<uint32_t>((width + 1) / 2 + pad + 3);
-    strides_[2] = static_cast<uint32_t>((width + 1) / 2 + pad + 7);
+    strides_[1] = static_cast<uint32_t>(cw + pad + 3);
+    strides_[2] = static_cast<uint32_t>(cw + pad + 7);
     std::mt19937 rng(seed);
-    const size_t rows[3] = {static_cast<size_t>(height + extraRows),
-                            static_cast<size_t>((height + 1) / 2 + extraRows),
-                            static_cast<size_t>((height + 1) / 2 + extraRows)};
+    const size_t rows[3] = {static_cast<size_t>(height + extraRows), static_cast<size_t>(ch + extraRows),
+                            static_cast<size_t>(ch + extraRows)};
     for (int p = 0; p < 3; ++p) {
       full_[p].resize(rows[p] * strides_[p] + 64);
       for (auto& v : full_[p]) v = static_cast<uint8_t>(rng());
@@ -212,14 +225,14 @@ class Canvas {
     EXPECT_EQ(bad, 0u);
   }
   size_t size() const { return static_cast<size_t>(std::max<int64_t>(high_ + 1, 1)); }
-
- private:
   void Put(int64_t off, const void* v, size_t n) {
     ASSERT_GE(off, 0);
     ASSERT_LE(static_cast<size_t>(off) + n, expected_.size());
     memcpy(&expected_[static_cast<size_t>(off)], v, n);
     high_ = std::max(high_, off + static_cast<int64_t>(n) - 1);
   }
+
+ private:
   std::vector<uint8_t> expected_;
   std::vector<uint8_t> pattern_;
   int64_t high_ = -1;

@@ -175,9 +175,11 @@ TEST(Options, BuildTheColourFormatWord) {
 TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
   Options o;
   std::string error;
-  ASSERT_TRUE(Parse({"--frames", "12", "--out", "/tmp/x", "--every", "3", "--clip", "interlaced",
-                     "--deinterlace", "2", "--lib", "/l.so", "--quiet", "in.y4m"},
-                    o, error))
+  ASSERT_TRUE(
+      Parse({"--frames",      "12",      "--out", "/tmp/x", "--every", "3",        "--clip", "interlaced",
+             "--deinterlace", "2",       "--lib", "/l.so",  "--quiet", "--stream", "1",      "--drop-late",
+             "--window",      "--range", "full",  "in.y4m"},
+            o, error))
       << error;
   EXPECT_EQ(12, o.frames);
   EXPECT_EQ("/tmp/x", o.outDir);
@@ -187,6 +189,9 @@ TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
   EXPECT_EQ("/l.so", o.library);
   EXPECT_TRUE(o.quiet);
   EXPECT_EQ("in.y4m", o.input);
+  EXPECT_EQ(1, o.stream);
+  EXPECT_TRUE(o.dropLate && o.window && o.rangeGiven);
+  EXPECT_FALSE(o.matrixGiven);  // the input's own matrix stands
 
   Options o2;
   ASSERT_TRUE(Parse({"--frames=5", "--mode=yv12", "--out=/tmp/y"}, o2, error)) << error;
@@ -197,7 +202,7 @@ TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
   const std::vector<std::vector<const char*>> bad = {
       {"--mode", "rgb888"}, {"--matrix", "bt2020"}, {"--matrix", "256"}, {"--range", "tv"}, {"--frames", "0"},
       {"--frames", "x"},    {"--every", "-1"},      {"--clip", "fast"},  {"--frames"},      {"--bogus"},
-      {"a.y4m", "b.y4m"},   {"--quiet=1"},          {"--mode="}};
+      {"a.y4m", "b.y4m"},   {"--quiet=1"},          {"--mode="},         {"--stream", "x"}, {"--window=1"}};
   for (const auto& args : bad) {
     Options fresh;
     error.clear();

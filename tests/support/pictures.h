@@ -52,4 +52,37 @@ struct I420 {
   void randomize(Rng& rng);
 };
 
+// Where sample (x, y) of a w x h picture lands, as (column, row), for rotation
+// code `rotation`: 1 a quarter turn anticlockwise, 2 clockwise, 3 a half
+// turn, 4 a left-right mirror, 5 a top-bottom flip. Quarter turns give w rows
+// of h samples.
+inline void Rotated(uint32_t rotation, int x, int y, int w, int h, int* col, int* row) {
+  const int cols[6] = {x, y, h - 1 - y, w - 1 - x, w - 1 - x, x};
+  const int rows[6] = {y, w - 1 - x, x, h - 1 - y, y, h - 1 - y};
+  *col = cols[rotation];
+  *row = rows[rotation];
+}
+
+// Every byte of the three planes, padding included.
+inline bool SamePlanes(const I420& a, const I420& b) {
+  return a.y.data == b.y.data && a.cb.data == b.cb.data && a.cr.data == b.cr.data;
+}
+
+// Picture `from` laid out in `to` as rotation code `rotation` turns it; the
+// chroma planes are half the luma size.
+inline void Turn(uint32_t rotation, const I420& from, I420& to) {
+  const Plane* in[3] = {&from.y, &from.cb, &from.cr};
+  Plane* out[3] = {&to.y, &to.cb, &to.cr};
+  for (int i = 0; i < 3; ++i) {
+    const int w = i ? from.y.width / 2 : from.y.width, h = i ? from.y.height / 2 : from.y.height;
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        int col, row;
+        Rotated(rotation, x, y, w, h, &col, &row);
+        out[i]->at(col, row) = in[i]->at(x, y);
+      }
+    }
+  }
+}
+
 }  // namespace scrimtest

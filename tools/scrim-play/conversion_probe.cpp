@@ -42,8 +42,9 @@ ConversionProbe::~ConversionProbe() {
 
 double ConversionProbe::measure(Picture& p) {
   if (handle_ == nullptr) return -1;
-  uint8_t* src[3] = {p.y.data(), p.cb.data(), p.cr.data()};
-  uint32_t srcStrides[3] = {uint32_t(p.width), uint32_t(p.chromaWidth()), uint32_t(p.chromaWidth())};
+  uint8_t* src[3] = {p.planeData(0), p.planeData(1), p.planeData(2)};
+  uint32_t srcStrides[3] = {uint32_t(p.planeStride(0)), uint32_t(p.planeStride(1)),
+                            uint32_t(p.planeStride(2))};
   uint8_t* dst[3];
   uint32_t dstStrides[3];
   if (yv12_) {

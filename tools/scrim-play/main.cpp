@@ -19,6 +19,9 @@
 #include "player.h"
 #include "png_writer.h"
 #include "summary.h"
+#if SCRIM_PLAY_WITH_SDL
+#include "window_view.h"
+#endif
 
 namespace {
 
@@ -51,6 +54,25 @@ bool MakeFolder(const std::string& path, std::string& error) {
   return true;
 }
 
+// The stream's colour description: the command line's, else the input's, else
+// what players assume (BT.709 from 720 lines up, BT.601 below; video range).
+std::string ResolveColour(const PictureSource& source, Options& o) {
+  const char* matrixFrom = "--matrix";
+  if (!o.matrixGiven) {
+    matrixFrom = source.matrix() >= 0 ? "from the input" : "unstated: by the picture height";
+    o.matrix = source.matrix() >= 0 ? source.matrix() : source.height() >= 720 ? 1 : 6;
+  }
+  const char* rangeFrom = "--range";
+  if (!o.rangeGiven) {
+    rangeFrom = source.range() >= 0 ? "from the input" : "unstated";
+    o.range = source.range() >= 0 ? source.range() : 0;
+  }
+  char buf[160];
+  snprintf(buf, sizeof buf, "%s (%s), %s range (%s)", MatrixName(o.matrix), matrixFrom,
+           o.range ? "full" : "video", rangeFrom);
+  return buf;
+}
+
 std::string DescribeWindow(const Options& o) {
   char buf[160];
   snprintf(buf, sizeof buf, "%s, colour format 0x%08X (%s, %s range)", o.yv12 ? "YV12" : "RGB565",
@@ -71,8 +93,9 @@ class Progress {
       snprintf(count, sizeof count, "%ld/%ld", index, total);
     else
       snprintf(count, sizeof count, "%ld", index);
-    fprintf(stderr, "%spicture %s  presented %ld  dropped %ld  lateness %.2f ms%s", tty_ ? "\r" : "", count,
-            s.presented, s.dropped, s.latenessMs.mean(), tty_ ? (last ? "\n" : "   ") : "\n");
+    fprintf(stderr, "%spicture %s  presented %ld  late %ld  dropped %ld  lateness %.2f ms%s",
+            tty_ ? "\r" : "", count, s.presented, s.late, s.dropped, s.latenessMs.mean(),
+            tty_ ? (last ? "\n" : "   ") : "\n");
     fflush(stderr);
   }
 
@@ -95,6 +118,12 @@ int main(int argc, char** argv) {
     return 0;
   }
 
+#if !SCRIM_PLAY_WITH_SDL
+  if (options.window) {
+    fprintf(stderr, "scrim-play: --window: this scrim-play was built without SDL2\n");
+    return kBadUsage;
+  }
+#endif
   std::unique_ptr<PictureSource> source = OpenPictureSource(options, error);
   if (!source) {
     fprintf(stderr, "scrim-play: %s\n", error.c_str());
@@ -115,60 +144,102 @@ int main(int argc, char** argv) {
   long total = source->count();
   if (options.frames > 0 && (total == 0 || options.frames < total)) total = options.frames;
 
+  // What the stream is opened with: the command line's settings, else the input's.
+  Options play = options;
   PlaySummary summary;
+  summary.colour = ResolveColour(*source, play);
+  if (play.deinterlace < 0 && source->interlaced()) play.deinterlace = 7;
+  summary.deinterlace = options.deinterlace >= 0
+                            ? "mode " + std::to_string(options.deinterlace) + " (--deinterlace)"
+                        : play.deinterlace >= 0 ? "mode 7 (the input is interlaced)"
+                                                : "none (the input is progressive)";
+  char text[512];
   summary.library = lib.version();
-  char inputText[512];
-  snprintf(inputText, sizeof inputText, "%s%s%s, %dx%d, %.3f pictures/s", source->describe().c_str(),
+  snprintf(text, sizeof text, "%s%s%s, %dx%d, %.3f pictures/s", source->describe().c_str(),
            options.input.empty() ? "" : " ", options.input.c_str(), width, height, rate.fps());
-  summary.input = inputText;
-  summary.output = DescribeWindow(options);
+  summary.input = text;
+  summary.output = DescribeWindow(play);
   summary.outDir = options.outDir;
 
-  Player player(lib, options);
+  Player player(lib, play);
   if (!player.start(width, height, error)) {
     fprintf(stderr, "scrim-play: %s\n", error.c_str());
     return kFailure;
   }
-  ConversionProbe probe(lib, width, height, options.colourFormat(), options.yv12,
-                        options.deinterlace > 0 ? static_cast<uint32_t>(options.deinterlace) : 0);
+  ConversionProbe probe(lib, width, height, play.colourFormat(), play.yv12,
+                        play.deinterlace > 0 ? static_cast<uint32_t>(play.deinterlace) : 0);
   ContactSheet sheet(8, total);
   Progress progress(!options.quiet);
+#if SCRIM_PLAY_WITH_SDL
+  std::unique_ptr<WindowView> view;
+  if (options.window) {
+    view = std::make_unique<WindowView>();
+    if (!view->open(width, height, error)) {
+      fprintf(stderr, "scrim-play: %s\n", error.c_str());
+      return kFailure;
+    }
+  }
+#endif
 
-  // Each picture is due one picture period after the previous one on the
-  // clip's clock; its display delay is whatever is left until then.
+  // The clock starts at the first picture. Each picture is due at its own
+  // time on it (its timestamp, or one picture period after the one before);
+  // its display delay is whatever is left until then. A picture whose time
+  // has passed is late: presented at once, or with --drop-late not at all.
   Picture picture;
   long index = 0, postedIndex = 0;
-  const int64_t startUs = NowUs();
+  int64_t startUs = 0, firstPtsUs = 0;
   while ((options.frames < 0 || index < options.frames) && source->next(picture)) {
     double ms = probe.measure(picture);
     if (ms >= 0) summary.conversionMs.add(ms);
-    const int64_t dueUs = startUs + index * rate.frameUs();
-    const long delayMs = static_cast<long>((dueUs - NowUs()) / 1000);
-    Player::Shown shown = player.present(picture, delayMs);
-    if (shown.result != KV_S_OK || shown.frame == nullptr) {
+    const int64_t ptsUs = picture.ptsUs >= 0 ? picture.ptsUs : index * rate.frameUs();
+    const int64_t nowUs = NowUs();
+    if (index == 0) {
+      startUs = nowUs;
+      firstPtsUs = ptsUs;
+    }
+    const int64_t dueUs = startUs + (ptsUs - firstPtsUs), leftUs = dueUs - nowUs;
+    if (leftUs < 0) ++summary.late;
+    bool stop = false;
+    if (leftUs < 0 && options.dropLate) {
       ++summary.dropped;
     } else {
-      ++summary.presented;
-      summary.latenessMs.add((shown.frame->postedUs - (shown.entryUs + delayMs * 1000)) / 1000.0);
-      if (options.every > 0 && postedIndex % options.every == 0) {
-        char path[4096];
-        snprintf(path, sizeof path, "%s/frame_%05ld.png", options.outDir.c_str(), index);
-        char err[256] = {0};
-        if (HostPng_writePostedFrame(shown.frame, path, err, sizeof err) != 0) {
-          fprintf(stderr, "\nscrim-play: %s: %s\n", path, err);
-          return kFailure;
+      // Rounded up, so that no picture is posted before its time.
+      const long delayMs = static_cast<long>(leftUs > 0 ? (leftUs + 999) / 1000 : 0);
+      Player::Shown shown = player.present(picture, delayMs);
+      if (shown.result != KV_S_OK || shown.frame == nullptr) {
+        ++summary.dropped;
+      } else {
+        ++summary.presented;
+        summary.latenessMs.add((shown.frame->postedUs - (shown.entryUs + delayMs * 1000)) / 1000.0);
+        summary.clockMs.add((shown.frame->postedUs - dueUs) / 1000.0);
+        if (options.every > 0 && postedIndex % options.every == 0) {
+          char path[4096];
+          snprintf(path, sizeof path, "%s/frame_%05ld.png", options.outDir.c_str(), index);
+          char err[256] = {0};
+          if (HostPng_writePostedFrame(shown.frame, path, err, sizeof err) != 0) {
+            fprintf(stderr, "\nscrim-play: %s: %s\n", path, err);
+            return kFailure;
+          }
+          ++summary.pngs;
         }
-        ++summary.pngs;
+        sheet.offer(postedIndex, shown.frame);
+        ++postedIndex;
+#if SCRIM_PLAY_WITH_SDL
+        stop = view && !view->show(shown.frame, index, (ptsUs - firstPtsUs) / 1e6);
+#endif
       }
-      sheet.offer(postedIndex, shown.frame);
-      ++postedIndex;
     }
     player.dropPosted();
     ++index;
     progress.update(index, total, summary, false);
+    if (stop) {
+      summary.problem = "the window was closed";
+      break;
+    }
   }
   progress.update(index, total, summary, true);
   int status = 0;
+  summary.decoding = source->decoding();
   if (!source->error().empty()) {
     summary.problem = source->error();
     fprintf(stderr, "scrim-play: %s\n", source->error().c_str());
@@ -192,5 +263,8 @@ int main(int argc, char** argv) {
     status = kFailure;
   }
   if (summary.presented == 0 && status == 0) status = kFailure;
+#if SCRIM_PLAY_WITH_SDL
+  if (view && summary.problem.empty()) view->waitForClose();
+#endif
   return status;
 }

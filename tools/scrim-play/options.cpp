@@ -39,23 +39,30 @@ const char* MatrixName(int matrix) {
 
 void PrintUsage(FILE* out) {
   fprintf(out,
-          "usage: scrim-play [options] [input.y4m]\n"
+          "usage: scrim-play [options] [input]\n"
           "\n"
-          "Plays a Y4M file of 4:2:0 pictures (or, without one, a built-in test clip)\n"
-          "through libscrimpresent into a host window, in real time, and writes what the\n"
-          "window showed as PNG files with a contact sheet and a summary.\n"
+          "Plays a video file (anything FFmpeg decodes: MP4, MKV, WebM, MPEG-TS, AVI, Y4M,\n"
+          "...) or, without one, a built-in test clip through libscrimpresent into a host\n"
+          "window, in real time by the pictures' timestamps, and writes what the window\n"
+          "showed as PNG files with a contact sheet and a summary.\n"
           "\n"
           "options:\n"
           "  --mode rgb565|yv12     what the window's buffers hold (default rgb565)\n"
           "  --matrix NAME|N        colour matrix: bt601, bt709, fcc, smpte240m, or an\n"
-          "                         H.264 matrix_coefficients number (default bt601)\n"
-          "  --range video|full     YCbCr range of the pictures (default video)\n"
+          "                         H.264 matrix_coefficients number (default: the\n"
+          "                         stream's; unstated, bt709 from 720 lines up, else bt601)\n"
+          "  --range video|full     YCbCr range (default: the stream's; unstated, video)\n"
+          "  --stream N             play stream N of the file (default: the first video stream)\n"
+          "  --drop-late            do not present pictures whose time has already passed\n"
+          "  --window               show each posted picture in a desktop window (q or\n"
+          "                         closing it stops; at the end it stays until closed)\n"
           "  --frames N             present at most N pictures (default all)\n"
           "  --out DIR              folder for the PNG files and summary (default scrim-play-out)\n"
           "  --every N              write every Nth posted picture as PNG; 0 none (default 1)\n"
           "  --clip progressive|interlaced\n"
           "                         which built-in clip to play without an input file\n"
-          "  --deinterlace MODE     deinterlace mode handed to the stream (property 1027)\n"
+          "  --deinterlace MODE     deinterlace mode handed to the stream (property 1027);\n"
+          "                         default 7 for interlaced inputs, none otherwise\n"
           "  --lib PATH             the libscrimpresent.so to load (default: the built one,\n"
           "                         or $SCRIM_PRESENT_LIBRARY)\n"
           "  --quiet                no progress line\n"
@@ -89,7 +96,7 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
     };
     const char* v = nullptr;
     long n = 0;
-    if (hasInline && (arg == "--help" || arg == "--quiet")) {
+    if (hasInline && (arg == "--help" || arg == "--quiet" || arg == "--drop-late" || arg == "--window")) {
       error = arg + " takes no value";
       return false;
     }
@@ -97,6 +104,13 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
       o.help = true;
     } else if (arg == "--quiet") {
       o.quiet = true;
+    } else if (arg == "--drop-late") {
+      o.dropLate = true;
+    } else if (arg == "--window") {
+      o.window = true;
+    } else if (arg == "--stream") {
+      if (!value(v)) return false;
+      if (!ParseLong(v, 0, 1000000, o.stream)) return Refuse(error, "--stream takes a stream number, ", v);
     } else if (arg == "--mode") {
       if (!value(v)) return false;
       if (strcmp(v, "rgb565") == 0)
@@ -107,6 +121,7 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
         return Refuse(error, "--mode takes rgb565 or yv12, ", v);
     } else if (arg == "--matrix") {
       if (!value(v)) return false;
+      o.matrixGiven = true;
       if (strcmp(v, "bt601") == 0)
         o.matrix = 6;
       else if (strcmp(v, "bt709") == 0)
@@ -121,6 +136,7 @@ bool ParseOptions(int argc, char** argv, Options& o, std::string& error) {
         return Refuse(error, "--matrix takes bt601, bt709, fcc, smpte240m or 0-255, ", v);
     } else if (arg == "--range") {
       if (!value(v)) return false;
+      o.rangeGiven = true;
       if (strcmp(v, "video") == 0)
         o.range = 0;
       else if (strcmp(v, "full") == 0)

@@ -4,6 +4,9 @@
 
 #include "test_clip.h"
 #include "y4m_reader.h"
+#if SCRIM_PLAY_WITH_FFMPEG
+#include "av_source.h"
+#endif
 
 namespace {
 
@@ -21,6 +24,7 @@ class Y4mSource : public PictureSource {
     snprintf(buf, sizeof buf, " (%s)", reader_.interlaced() ? "interlaced" : "progressive");
     return "Y4M file" + std::string(buf);
   }
+  bool interlaced() const override { return reader_.interlaced(); }
 
  private:
   Y4mReader reader_;
@@ -42,6 +46,9 @@ class ClipSource : public PictureSource {
   std::string describe() const override {
     return std::string("built-in clip (") + (clip_.interlaced ? "interlaced" : "progressive") + ")";
   }
+  bool interlaced() const override { return clip_.interlaced; }
+  int matrix() const override { return 6; }  // drawn in BT.601 video range
+  int range() const override { return 0; }
 
  private:
   TestClip clip_;
@@ -49,10 +56,23 @@ class ClipSource : public PictureSource {
   std::string error_;
 };
 
+bool IsY4mName(const std::string& path) {
+  return path.size() > 4 && path.compare(path.size() - 4, 4, ".y4m") == 0;
+}
+
 }  // namespace
 
 std::unique_ptr<PictureSource> OpenPictureSource(const Options& options, std::string& error) {
   if (options.input.empty()) return std::make_unique<ClipSource>(options.interlacedClip);
+#if SCRIM_PLAY_WITH_FFMPEG
+  // Y4M files keep their own reader, whose messages say what is wrong with them.
+  if (!IsY4mName(options.input)) return OpenAvSource(options.input, static_cast<int>(options.stream), error);
+#else
+  if (options.stream >= 0 || !IsY4mName(options.input)) {
+    error = options.input + ": this scrim-play was built without FFmpeg and plays only Y4M files";
+    return nullptr;
+  }
+#endif
   auto source = std::make_unique<Y4mSource>();
   if (!source->open(options.input)) {
     error = source->error();

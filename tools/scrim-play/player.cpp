@@ -74,10 +74,10 @@ bool Player::start(int width, int height, std::string& error) {
 }
 
 Player::Shown Player::present(Picture& p, long delayMs) {
-  unsigned char* planes[3] = {p.y.data(), p.cb.data(), p.cr.data()};
-  unsigned long strides[3] = {static_cast<unsigned long>(p.width),
-                              static_cast<unsigned long>(p.chromaWidth()),
-                              static_cast<unsigned long>(p.chromaWidth())};
+  unsigned char* planes[3] = {p.planeData(0), p.planeData(1), p.planeData(2)};
+  unsigned long strides[3] = {static_cast<unsigned long>(p.planeStride(0)),
+                              static_cast<unsigned long>(p.planeStride(1)),
+                              static_cast<unsigned long>(p.planeStride(2))};
   VP_PRESENT_STREAM_PARAMS params{};
   params.lDisplayDelay = delayMs;
   const size_t before = HostWindow_postedCount(window_);

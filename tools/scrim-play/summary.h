@@ -8,9 +8,10 @@
 
 struct Series {
   long count = 0;
-  double sum = 0, worst = 0;
+  double sum = 0, worst = 0, least = 0;
   void add(double v) {
     if (count == 0 || v > worst) worst = v;
+    if (count == 0 || v < least) least = v;
     sum += v;
     ++count;
   }
@@ -18,13 +19,18 @@ struct Series {
 };
 
 struct PlaySummary {
-  std::string input;    // what was played
-  std::string output;   // window mode and colour format
-  std::string library;  // the library's version notice
-  long presented = 0;   // pictures that reached the window
-  long dropped = 0;     // pictures Present refused or did not post
-  Series conversionMs;  // image processor time per picture
-  Series latenessMs;    // posting time against entry + delay
+  std::string input;        // what was played
+  std::string output;       // window mode and colour format
+  std::string library;      // the library's version notice
+  std::string decoding;     // how pictures reach the presenter (as decoded, or converted)
+  std::string colour;       // matrix and range, and where they came from
+  std::string deinterlace;  // the mode, and why
+  long presented = 0;       // pictures that reached the window
+  long late = 0;            // pictures whose time had passed when they were ready
+  long dropped = 0;         // pictures Present refused or did not post, or late ones not presented
+  Series conversionMs;      // image processor time per picture
+  Series latenessMs;        // posting time against entry + delay
+  Series clockMs;           // posting time against the picture's time on the clock
   long pngs = 0;
   std::string outDir;
   std::string contactSheet;  // path, or empty

@@ -1,0 +1,81 @@
+// Helpers of the portability-layer tests: elapsed time, waiting for a
+// condition without sleeping longer than needed, background threads, and a
+// body run in a child process whose exit status and standard output are kept.
+#pragma once
+
+#include <stdio.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace compat_test {
+
+using Clock = std::chrono::steady_clock;
+
+inline long msSince(Clock::time_point t0) {
+  return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t0).count());
+}
+
+inline void sleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+// Polls every millisecond; false when the condition did not come true in time.
+inline bool waitUntil(const std::function<bool()>& done, long timeoutMs = 10000) {
+  const auto t0 = Clock::now();
+  while (!done()) {
+    if (msSince(t0) > timeoutMs) return false;
+    sleepMs(1);
+  }
+  return true;
+}
+
+// Runs fn on n threads; counts those that have returned and adds up their results.
+struct Background {
+  std::atomic<int> done{0}, sum{0};
+  std::vector<std::thread> threads;
+  Background(int n, const std::function<int()>& fn) {
+    for (int i = 0; i < n; i++) threads.emplace_back([this, fn] { sum += fn(), done++; });
+  }
+  ~Background() {
+    for (auto& t : threads) t.join();
+  }
+  bool blockedAfter(int ms) { return sleepMs(ms), done == 0; }
+  bool finished(int n, long timeoutMs = 10000) {
+    return waitUntil([&] { return done == n; }, timeoutMs);
+  }
+};
+
+struct ChildResult {
+  int status;  // exit status, or -1 when the child did not exit normally
+  std::string out;
+};
+
+// The body's return value is the child's exit status unless it exits itself.
+inline ChildResult runInChild(const std::function<int()>& body) {
+  int fds[2];
+  if (pipe(fds) != 0) return {-1, "pipe failed"};
+  fflush(stdout);
+  pid_t pid = fork();
+  if (pid == 0) {
+    dup2(fds[1], 1);
+    close(fds[0]);
+    int code = body();
+    fflush(stdout);
+    _exit(code);
+  }
+  close(fds[1]);
+  std::string out;
+  char buf[256];
+  for (ssize_t n; (n = read(fds[0], buf, sizeof buf)) > 0;) out.append(buf, static_cast<size_t>(n));
+  close(fds[0]);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+}  // namespace compat_test

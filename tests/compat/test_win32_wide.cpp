@@ -1,0 +1,110 @@
+// The wide-character functions of the Win32-style layer, which carry C library
+// names. This program is linked against libscrimpresent.so: its own calls and
+// the C and C++ runtimes must still reach the C library, while dlsym on the
+// library's handle reaches the layer's versions.
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <locale.h>
+#include <stdio.h>
+#include <wchar.h>
+#include <wctype.h>
+
+#include <fstream>
+#include <locale>
+#include <sstream>
+#include <string>
+
+#include "compat/win32.h"
+
+namespace {
+
+TEST(Win32Wide, TheProgramAndItsRuntimesKeepTheCLibrarysFunctions) {
+  ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
+  wchar_t w[8];
+  char b[8] = {};
+  mbstate_t state = {};
+  EXPECT_EQ(mbstowcs(w, "h\xc3\xa9", 8) + wcrtomb(b, w[1], &state), 4u);
+  EXPECT_STREQ(b, "\xc3\xa9");
+  EXPECT_TRUE(iswalpha(0xE9) && towupper(0xE9) == 0xC9);
+  EXPECT_EQ(swprintf(w, 8, L"%d-%ls", 7, L"x"), 3);
+  EXPECT_EQ(std::wstring(w) + std::to_wstring(12), L"7-x12");
+  Dl_info info;
+  ASSERT_NE(dladdr(dlsym(RTLD_DEFAULT, "wcrtomb"), &info), 0);
+  EXPECT_EQ(strstr(info.dli_fname, "scrimpresent"), nullptr) << info.dli_fname;
+
+  std::locale loc("C.UTF-8");
+  EXPECT_TRUE(std::isalpha(L'\u00e9', loc) && std::toupper(L'\u00e9', loc) == L'\u00c9');
+  std::wostringstream os;
+  os << L"n=" << 42 << L' ' << 1.5;
+  EXPECT_EQ(os.str(), L"n=42 1.5");
+  std::string path = testing::TempDir() + "scrim_wide_stream.txt";
+  std::wofstream out(path);
+  out.imbue(loc);
+  out << L"\u00e9\u20ac!" << std::flush;
+  std::ifstream in(path, std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "\xc3\xa9\xe2\x82\xac!");
+  remove(path.c_str());
+  setlocale(LC_ALL, "C");
+}
+
+// The layer's versions, reached by name through the library's handle.
+class LayerWide : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_NE(lib, nullptr) << dlerror(); }
+  void TearDown() override { dlclose(lib); }
+  // GCC's shared sanitizer runtimes put themselves first among every
+  // instrumented object's dependencies, so in those builds the library's
+  // handle finds the runtime's interceptor; the wide object's own handle is
+  // then asked instead.
+  template <typename F>
+  F* fn(const char* name) {
+    void* p = dlsym(lib, name);
+    Dl_info info;
+    if (p && dladdr(p, &info) && strstr(info.dli_fname, "/libtsan")) {
+      void* wide = dlopen("libscrimpresent_wide.so", RTLD_NOW | RTLD_NOLOAD);
+      p = dlsym(wide, name);
+      dlclose(wide);
+    }
+    EXPECT_NE(p, nullptr) << name;
+    return reinterpret_cast<F*>(p);
+  }
+  void* lib = dlopen(SCRIM_LIBRARY, RTLD_NOW);
+};
+
+TEST_F(LayerWide, WcrtombStoresOneAndComesFromTheWideObject) {
+  auto layerWcrtomb = fn<size_t(char*, wchar_t, mbstate_t*)>("wcrtomb");
+  char buf[2] = {'x', 'y'};
+  EXPECT_EQ(layerWcrtomb(buf, L'A', nullptr), 1u);
+  EXPECT_EQ(buf[0], 1);
+  Dl_info info;
+  ASSERT_NE(dladdr(reinterpret_cast<void*>(layerWcrtomb), &info), 0);
+  EXPECT_NE(strstr(info.dli_fname, "libscrimpresent_wide.so"), nullptr) << info.dli_fname;
+}
+
+TEST_F(LayerWide, ClassesAndConversionsTakeOneByteAndFormattedCallsAreRefused) {
+  auto wctypeOf = fn<wctype_t(const char*)>("wctype");
+  auto iswctypeOf = fn<int(wint_t, wctype_t)>("iswctype");
+  const char* names[] = {"alnum", "alpha", "blank", "cntrl", "digit", "graph",
+                         "lower", "print", "punct", "space", "upper", "xdigit"};
+  const char member[] = "7q\t\n3~q !\vQf";
+  for (unsigned long i = 0; i < 12; ++i) {
+    EXPECT_EQ(wctypeOf(names[i]), i + 1) << names[i];
+    EXPECT_NE(iswctypeOf(member[i], i + 1), 0) << names[i];
+    EXPECT_EQ(iswctypeOf(0xE9, i + 1), 0) << names[i] << ": bytes above 0x7F belong to no class";
+  }
+  EXPECT_EQ(wctypeOf("<invalid>") + iswctypeOf('a', 13), 0u);
+
+  wchar_t w[8];
+  EXPECT_EQ(fn<size_t(wchar_t*, const char*, size_t)>("mbstowcs")(w, "h\xc3\xa9", 8), 3u);
+  EXPECT_EQ(std::wstring(w), std::wstring({L'h', 0xC3, 0xA9}));
+  char b[8];
+  EXPECT_EQ(fn<size_t(char*, const wchar_t*, size_t)>("wcstombs")(b, L"h\u00e9\u20ac", 8), 3u);
+  EXPECT_STREQ(b, "h\xe9\xac");
+  errno = 0;
+  EXPECT_EQ(fn<int(wchar_t*, size_t, const wchar_t*, ...)>("swprintf")(w, 8, L"%d", 1), -1);
+  EXPECT_EQ(errno, EOPNOTSUPP);
+}
+
+}  // namespace

@@ -1,0 +1,161 @@
+// YCbCr 4:2:0 input to YCbCr outputs through the frame call: planar copy,
+// rotation, resizing and adjustment against one reference walk, and the
+// YUY2, UYVY and NV12 packings against hand-packed bytes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "imageproc_test_util.h"
+#include "kernels/yuv420_planar.h"
+#include "support/pictures.h"
+
+namespace {
+
+using scrimtest::I420;
+using scrimtest::Plane;
+using scrimtest::Rng;
+
+int32_t Step(int32_t s, int32_t d) { return d == 1 ? 0 : ((s - 1) << 16) / (d - 1); }
+
+// Bilinear luma at 16.16 position (x, y): down with 5-bit weights, then across;
+// the column right of x is clamped, the row below y is not.
+int RefLuma(const Plane& p, uint32_t x, uint32_t y) {
+  const int xi = x >> 16, yi = y >> 16, xn = std::min(xi + 1, p.width - 1), wx = (x >> 11) & 31,
+            wy = (y >> 11) & 31;
+  auto down = [&](int c) { return (p.at(c, yi) * (32 - wy) + p.at(c, yi + 1) * wy) >> 4; };
+  return ((down(xi) * (32 - wx) + down(xn) * wx) >> 6) & 255;
+}
+
+TEST(PlanarOutput, RotatedResizedAdjustedAgainstReference) {
+  const int sizes[][4] = {{14, 6, 14, 6}, {14, 6, 10, 4}, {10, 4, 18, 6},  {6, 2, 6, 2},
+                          {20, 10, 6, 2}, {8, 4, 16, 8},  {50, 34, 50, 34}};
+  Rng rng(11);
+  for (const auto& s : sizes) {
+    const int sw = s[0], sh = s[1], dw = s[2], dh = s[3];
+    for (uint32_t rot = 0; rot < 6; ++rot) {
+      for (bool adjust : {false, true}) {
+        SCOPED_TRACE(testing::Message() << sw << "x" << sh << " to " << dw << "x" << dh << " rotation " << rot
+                                        << (adjust ? " adjusted" : ""));
+        Instance inst({0x000, uint32_t(sw), uint32_t(sh), uint32_t(dw), uint32_t(dh), rot});
+        if (adjust) {
+          ASSERT_EQ(SetAdjust(inst, 150, 170, 90), IMGPRC_OK);
+        }
+        I420 src(sw, sh, 3, 1), plain(dw, dh), dst = rot == 1 || rot == 2 ? I420(dh, dw, 5) : I420(dw, dh, 5);
+        src.randomize(rng);
+        dst.randomize(rng);
+        I420 want = dst;
+        const Plane* in[3] = {&src.y, &src.cb, &src.cr};
+        Plane* out[3] = {&plain.y, &plain.cb, &plain.cr};
+        const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
+        for (int i = 0; i < 3; ++i) {
+          const uint8_t* lut = i ? inst.ctx()->chromaAdjustTable : inst.ctx()->lumaAdjustTable;
+          for (int oy = 0; oy < (i ? dh / 2 : dh); ++oy) {
+            for (int ox = 0; ox < (i ? dw / 2 : dw); ++ox) {
+              const uint32_t x0 = 2 * ox * sx, y0 = 2 * oy * sy;  // chroma: nearest to the block centre
+              const int v = sw == dw && sh == dh ? in[i]->at(ox, oy)
+                            : i == 0             ? RefLuma(src.y, ox * sx, oy * sy)
+                                                 : in[i]->at(((x0 >> 16) + ((x0 + sx) >> 16) + 1) >> 2,
+                                                             ((y0 >> 16) + ((y0 + sy) >> 16) + 1) >> 2);
+              out[i]->at(ox, oy) = static_cast<uint8_t>(adjust ? lut[v] : v);
+            }
+          }
+        }
+        scrimtest::Turn(rot, plain, want);
+        EXPECT_EQ(Frame(inst, src.planes, src.strides, dst.planes, dst.strides), IMGPRC_OK);
+        EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+      }
+    }
+  }
+}
+
+// Identity tables copy; one row gets no chroma; a missing plane writes nothing.
+TEST(PlanarOutput, AdjustKernelEdges) {
+  uint8_t identity[256];
+  for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
+  ImgPrcContext ctx = {};
+  ctx.lumaAdjustTable = ctx.chromaAdjustTable = identity;
+  Rng rng(5);
+  for (int h : {6, 1}) {
+    I420 src(10, h, 2), dst(10, std::max(h, 2), 3);
+    src.randomize(rng);
+    dst.randomize(rng);
+    I420 want = dst;
+    uint8_t* const missing[3] = {dst.planes[0], nullptr, dst.planes[2]};
+    EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, missing, dst.strides), 0xFFFFFFFFu);
+    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+    scrimtest::Turn(0, src, want);  // the visible samples; a one-row source has no chroma rows
+    EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, dst.planes, dst.strides), 0u);
+    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+  }
+  EXPECT_EQ(_ORUYCbCr420Rot(nullptr, nullptr, nullptr, 2, 2), 0xFFFFFFFFu);
+  EXPECT_EQ(_ORUYCbCr420RszRot(nullptr, nullptr, nullptr, 2, 2, 4, 4), 0xFFFFFFFFu);
+}
+
+// YUY2 writes row pairs and whole groups of 8 pixels; UYVY every row, pair by
+// pair up to an aligned luma address, then whole groups of 8.
+TEST(PackedOutput, Yuy2AndUyvyAgainstHandPackedBytes) {
+  Rng rng(3);
+  for (int lumaOffset : {0, 2, 3, 6}) {
+    for (bool uyvy : {false, true}) {
+      const int w = 22, h = 6;
+      I420 src(w + lumaOffset, h, 1);
+      src.randomize(rng);
+      uint8_t* planes[3] = {src.planes[0] + lumaOffset, src.planes[1], src.planes[2]};
+      Plane dst(2 * w, h, 2 * w + 4), want(0, 0, 0);
+      rng.fill(dst.data);
+      want = dst;
+      for (int r = 0; r < (uyvy ? h : h / 2 * 2); ++r) {
+        const uintptr_t addr = reinterpret_cast<uintptr_t>(planes[0] + r * src.strides[0]);
+        const int head = uyvy ? (addr & 1 ? w / 2 : std::min<int>(w / 2, ((8 - addr % 8) % 8) / 2)) : 0;
+        const int pairs = head + (w - 2 * head) / 8 * 4;
+        for (int k = 0; k < pairs; ++k) {
+          const uint8_t y0 = planes[0][r * src.strides[0] + 2 * k],
+                        y1 = planes[0][r * src.strides[0] + 2 * k + 1];
+          const uint8_t cb = src.cb.at(k, r / 2), cr = src.cr.at(k, r / 2);
+          const uint8_t yuy2[4] = {y0, cb, y1, cr}, uyvy4[4] = {cb, y0, cr, y1};
+          for (int b = 0; b < 4; ++b) want.at(4 * k + b, r) = uyvy ? uyvy4[b] : yuy2[b];
+        }
+      }
+      auto kernel = uyvy ? _ORUYCbCr420ToUYVY : _ORUYCbCr420ToYUY2;
+      EXPECT_EQ(kernel(dst.data.data(), dst.stride, planes, src.strides, w, h), 0u);
+      EXPECT_EQ(dst.data, want.data) << "offset " << lumaOffset << (uyvy ? " UYVY" : " YUY2");
+    }
+  }
+  // Through the frame call: the destination comes first.
+  I420 src(16, 2);
+  src.randomize(rng);
+  Plane dst(32, 2, 32);
+  uint8_t* dstPlanes[3] = {dst.data.data(), nullptr, nullptr};
+  uint32_t dstStrides[3] = {32, 0, 0};
+  Instance inst({0x006, 16, 2, 16, 2});
+  EXPECT_EQ(Frame(inst, src.planes, src.strides, dstPlanes, dstStrides), IMGPRC_OK);
+  EXPECT_EQ(dst.at(0, 1), src.y.at(0, 1));
+  EXPECT_EQ(dst.at(31, 1), src.cr.at(7, 0));
+}
+
+// I420 to NV12 and back is the identity on the picture; NV12 chroma is Cb, Cr pairs.
+TEST(PackedOutput, Nv12RoundTrip) {
+  Rng rng(9);
+  for (int h : {6, 2}) {
+    const int w = 38;  // 19 chroma pairs: whole groups of 16 and single pairs
+    I420 src(w, h, 3), back(w, h, 3);
+    src.randomize(rng);
+    back.randomize(rng);
+    I420 want = back;
+    scrimtest::Turn(0, src, want);
+    Plane nv[2] = {Plane(w, h, w + 2), Plane(w, h / 2, w + 6)};
+    uint8_t* nvPlanes[3] = {nv[0].data.data(), nv[1].data.data(), nullptr};
+    uint32_t nvStrides[3] = {uint32_t(nv[0].stride), uint32_t(nv[1].stride), 0};
+    Instance to({0x008, uint32_t(w), uint32_t(h), uint32_t(w), uint32_t(h)});
+    Instance from({0x800, uint32_t(w), uint32_t(h), uint32_t(w), uint32_t(h)});
+    EXPECT_EQ(Frame(to, src.planes, src.strides, nvPlanes, nvStrides), IMGPRC_OK);
+    for (int k = 0; k < w / 2; ++k) {
+      EXPECT_EQ(nv[1].at(2 * k, h / 2 - 1), src.cb.at(k, h / 2 - 1));
+      EXPECT_EQ(nv[1].at(2 * k + 1, h / 2 - 1), src.cr.at(k, h / 2 - 1));
+    }
+    EXPECT_EQ(Frame(from, nvPlanes, nvStrides, back.planes, back.strides), IMGPRC_OK);
+    EXPECT_TRUE(scrimtest::SamePlanes(back, want)) << "height " << h;
+  }
+}
+
+}  // namespace
