@@ -176,9 +176,10 @@ void SourceSpans(const Conversion& c, const uint32_t strides[3], Span out[3]) {
     out[0] = Linear(c.wsh, ((S / 2) >> 1) * 8, 8 * std::max(1u, c.wsw >> 1));
     return;
   }
-  if (c.code == 0x300) {
-    // Pairs fetched as 64-bit words 8 bytes apart; the second row of a pair
-    // (stride / 4) x 8 bytes after the first, pairs of rows 2 x stride apart.
+  if (Is(c.code, {0x300, 0x500, 0x900})) {
+    // Pairs fetched 8 bytes apart; the second row of a pair (stride / 4) x 8
+    // bytes after the first, pairs of rows 2 x stride apart. The 32-bit
+    // sources keep the RGB565 spacing: a pair of their pixels fills the 8 bytes.
     if (c.wsh >= 2) out[0] = {0, static_cast<int64_t>((c.wsh / 2 - 1) * 2 * S + (S / 4) * 8 + 4 * c.wsw)};
     return;
   }
@@ -236,8 +237,11 @@ void DestinationSpans(const Conversion& c, const uint32_t strides[3], Span out[3
     const int64_t store = p == 4 ? 8 : p;
     const bool unscaled = c.in == 0 && c.resizeCase == 0;
     const bool oneCursor = (c.in == 0 && c.out == 3 && c.resizeCase == 2) || (c.in != 0 && c.code != 0x404);
+    // RGB888 from 4:2:2 and 4:4:4 keeps its 3-byte steps: rounded down to
+    // even they would walk before the destination in the mirrored turns.
+    const bool evenSteps = oneCursor && !(c.in != 0 && c.out == 4);
     out[0] = PackedRecordWalk(c.rotation, p, S, c.wdw, c.wdh, unscaled ? c.wsw : c.wdw,
-                              unscaled ? c.wsh : c.wdh, store, oneCursor);
+                              unscaled ? c.wsh : c.wdh, store, evenSteps);
     return;
   }
   if (c.out == 0 && rotated) {
