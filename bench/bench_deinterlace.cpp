@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "deinterlace/deinterlace.h"
+#include "imageproc/cpu_features.h"
 #include "imageproc/oru_imageproc.h"
 
 namespace {
@@ -50,7 +51,7 @@ const Frame& frame() {
   return f;
 }
 
-void BM_DeInterlace(benchmark::State& state) {
+void DeInterlaceFrames(benchmark::State& state, unsigned mode) {
   const Frame& f = frame();
   // The work area of the image processor: four planes of stride x height.
   std::vector<uint8_t> work(size_t(kWorkStride) * kHeight * 4);
@@ -58,7 +59,7 @@ void BM_DeInterlace(benchmark::State& state) {
   ctx.format = 0x003;  // 4:2:0 in, RGB565 out
   ctx.srcWidth = kWidth;
   ctx.srcHeight = kHeight;
-  ctx.deinterlaceMode = uint32_t(state.range(0));
+  ctx.deinterlaceMode = mode;
   uint8_t* src[3] = {const_cast<uint8_t*>(f.y.data()), const_cast<uint8_t*>(f.u.data()),
                      const_cast<uint8_t*>(f.v.data())};
   uint32_t srcStrides[3] = {kWidth, kChromaWidth, kChromaWidth};
@@ -71,7 +72,24 @@ void BM_DeInterlace(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
+void BM_DeInterlace(benchmark::State& state) { DeInterlaceFrames(state, unsigned(state.range(0))); }
 BENCHMARK(BM_DeInterlace)->ArgName("mode")->DenseRange(1, 7)->Unit(benchmark::kMillisecond);
+
+// Mode 7 with the row functions capped at each instruction-set level in turn
+// (0 scalar, 1 SSE4.1, 2 AVX2, 3 NEON), to be read against the libyuv
+// conversion below; a level this CPU or build lacks is skipped.
+void BM_DeInterlaceMode7_Cap(benchmark::State& state) {
+  const CpuLevel level = CpuLevel(state.range(0));
+  if (cpu_set_cap(level) != level) {
+    state.SkipWithError("no such instruction set here");
+    cpu_set_cap(CPU_NEON);
+    return;
+  }
+  state.SetLabel(cpu_level_name(level));
+  DeInterlaceFrames(state, 7);
+  cpu_set_cap(CPU_NEON);
+}
+BENCHMARK(BM_DeInterlaceMode7_Cap)->ArgName("cap")->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
 
 // A whole frame call of the image processor, I420 to I420 at the same size
 // (a planar copy), with deinterlace mode 0 (none), 1, 4 or 7 in force.

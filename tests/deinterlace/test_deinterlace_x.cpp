@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "deint_test_pictures.h"
+#include "imageproc/cpu_features.h"
 
 using namespace deint_test;
 
@@ -332,11 +333,23 @@ struct XGeometry {
   unsigned width, height, layout, srcPad, dstPad;
 };
 
+void check_x_geometries(const std::vector<XGeometry>& geometries);
+
 TEST(DeintX, MatchesPerPixelReferenceOnInterlacedPictures) {
-  const XGeometry geometries[] = {
+  const std::vector<XGeometry> geometries = {
       {64, 40, 0, 0, 0}, {72, 33, 1, 5, 3}, {50, 26, 2, 3, 0},  {40, 17, 2, 0, 8}, {64, 24, 0, 8, 0},
-      {6, 5, 0, 1, 2},   {24, 9, 1, 0, 0},  {96, 64, 0, 16, 4}, {30, 16, 0, 7, 7},
+      {6, 5, 0, 1, 2},   {24, 9, 1, 0, 0},  {96, 64, 0, 16, 4}, {30, 16, 0, 7, 7}, {131, 25, 0, 3, 1},
   };
+  // Every row set the CPU offers, the scalar reference first.
+  for (unsigned level = CPU_SCALAR; level <= CPU_NEON; ++level) {
+    if (cpu_set_cap(CpuLevel(level)) != CpuLevel(level)) continue;
+    SCOPED_TRACE(cpu_level_name(CpuLevel(level)));
+    check_x_geometries(geometries);
+  }
+  cpu_set_cap(CPU_NEON);
+}
+
+void check_x_geometries(const std::vector<XGeometry>& geometries) {
   Tally tally;
   uint32_t seed = 2000;
   for (const auto& g : geometries) {

@@ -1,0 +1,103 @@
+#include "row_checks.h"
+
+#include <string.h>
+
+#include <chrono>
+#include <random>
+
+#include "deinterlace/filter_x_rows.h"
+
+namespace {
+
+// ---- mode 7, interior blocks of a band ------------------------------------
+
+// Ten source lines and eight destination lines of `blocks` block columns, the
+// destination with guard bytes on either side. Each block column is three-level
+// noise, a smooth progressive patch or two fields that disagree, so that
+// every branch of the row is taken.
+struct XBandImage {
+  static constexpr size_t kGuard = 16;
+  size_t width;
+  std::vector<uint8_t> src, dst;
+  XBand band;
+
+  XBandImage(size_t blocks, std::mt19937& rng) : width(blocks * kXBlock) {
+    src.resize(width * (kXBlock + 2));
+    dst.assign((width + 2 * kGuard) * kXBlock, 0xA5);
+    for (size_t c = 0; c < blocks; ++c) {
+      const unsigned kind = rng() % 3, base = rng() % 200, shift = 20 + rng() % 60;
+      for (unsigned y = 0; y < kXBlock + 2; ++y)
+        for (size_t i = c * kXBlock; i < (c + 1) * kXBlock; ++i) {
+          unsigned v = (rng() % 3) * 90;  // few levels: equal direction costs are common
+          if (kind == 1) v = base + (i % 8) * 3 + y + rng() % 4;
+          if (kind == 2) v = base / 2 + ((y & 1) ? shift : 0) + (i * 7 + y) % 24;
+          src[y * width + i] = uint8_t(v);
+        }
+    }
+    for (unsigned y = 0; y < kXBlock + 2; ++y) band.s[y] = src.data() + y * width;
+    for (unsigned y = 0; y < kXBlock; ++y) band.d[y] = dst.data() + y * (width + 2 * kGuard) + kGuard;
+    band.lines = kXBlock;
+  }
+};
+
+bool check_x_interior(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const Row<const XBand*> row = pick_row(x_interior_rows, level);
+  const size_t step = row.vector.step;
+  // Lengths 1 .. 4 steps + every remainder, from a random first block.
+  for (size_t n = 1; n <= 5 * step; ++n)
+    for (unsigned round = 0; round < 16; ++round) {
+      const size_t begin = 1 + rng() % 3, blocks = begin + n + 1 + rng() % 2;
+      XBandImage want(blocks, rng);
+      XBandImage got = want;
+      for (unsigned y = 0; y < kXBlock + 2; ++y) got.band.s[y] = got.src.data() + y * got.width;
+      for (unsigned y = 0; y < kXBlock; ++y)
+        got.band.d[y] = got.dst.data() + (want.band.d[y] - want.dst.data());
+      x_interior_rows.scalar(begin, begin + n, &want.band);
+      run_row(row, begin, begin + n, static_cast<const XBand*>(&got.band));
+      if (got.dst != want.dst) {
+        size_t i = 0;
+        while (got.dst[i] == want.dst[i]) ++i;
+        const size_t lineBytes = want.width + 2 * XBandImage::kGuard;
+        *failure = "blocks " + std::to_string(begin) + ".." + std::to_string(begin + n - 1) + " of " +
+                   std::to_string(blocks) + ": line " + std::to_string(i / lineBytes) + " column " +
+                   std::to_string(long(i % lineBytes) - long(XBandImage::kGuard)) + " is " +
+                   std::to_string(got.dst[i]) + ", the scalar row gives " + std::to_string(want.dst[i]);
+        return false;
+      }
+    }
+  return true;
+}
+
+template <typename F>
+double ns_per_call(F&& f) {
+  using Clock = std::chrono::steady_clock;
+  unsigned calls = 0;
+  const Clock::time_point start = Clock::now();
+  Clock::duration spent{};
+  do {
+    for (unsigned i = 0; i < 64; ++i) f();
+    calls += 64;
+    spent = Clock::now() - start;
+  } while (spent < std::chrono::milliseconds(200));
+  return std::chrono::duration<double, std::nano>(spent).count() / calls;
+}
+
+void bench_x_interior(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  XBandImage image(1920 / kXBlock, rng);
+  const size_t blocks = 1920 / kXBlock;
+  const Row<const XBand*> row = pick_row(x_interior_rows, level);
+  const XBand* band = &image.band;
+  *scalarNs = ns_per_call([&] { x_interior_rows.scalar(1, blocks - 1, band); });
+  *chosenNs = ns_per_call([&] { run_row(row, 1, blocks - 1, band); });
+}
+
+}  // namespace
+
+const std::vector<RowCheck>& row_checks() {
+  static const std::vector<RowCheck> checks = {
+      {"deinterlace_x_interior_blocks", check_x_interior, bench_x_interior},
+  };
+  return checks;
+}
