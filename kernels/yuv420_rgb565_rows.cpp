@@ -19,10 +19,10 @@ void rgb565_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
 
 #if defined(__x86_64__)
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
-    rgb565_blocks_scalar, {rgb565_blocks_sse41, 8}, {rgb565_blocks_avx2, 16}, {nullptr, 1}};
+    rgb565_blocks_scalar, {rgb565_blocks_sse41, 4}, {rgb565_blocks_avx2, 8}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
-    rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb565_blocks_neon, 8}};
+    rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb565_blocks_neon, 4}};
 #else
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};

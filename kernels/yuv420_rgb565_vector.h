@@ -1,7 +1,8 @@
 // The RGB565 block row in vectors: one portable source (GCC and Clang vector
 // extensions) built once per instruction set by the file that includes it
 // after defining
-//   RGB565_VECTOR_BLOCKS  blocks per step (one register of 16-bit lanes)
+//   RGB565_VECTOR_BYTES   register bytes: a step is one register of 16-bit
+//                         pixels a row, a quarter of them blocks
 //   RGB565_VECTOR_ROW     the name of the row function.
 // Terms come from the tables' integer forms in 32-bit lanes; the pixel step
 // is taken on 16-bit lanes with saturating adds (the only intrinsic):
@@ -25,16 +26,13 @@
 
 namespace {
 
-constexpr unsigned B = RGB565_VECTOR_BLOCKS;  // blocks a step; 2B pixels a row
+constexpr unsigned N = RGB565_VECTOR_BYTES;  // one register
+constexpr unsigned B = N / 4;                // blocks a step: a register of 16-bit pixels a row
 
-typedef uint8_t U8b __attribute__((vector_size(B)));
-typedef uint8_t U8p __attribute__((vector_size(2 * B)));
-typedef int32_t I32b __attribute__((vector_size(4 * B)));
-typedef uint32_t U32b __attribute__((vector_size(4 * B)));
-typedef int32_t I32p __attribute__((vector_size(8 * B)));
-typedef uint32_t U32p __attribute__((vector_size(8 * B)));
-typedef int16_t I16p __attribute__((vector_size(4 * B)));
-typedef uint16_t U16p __attribute__((vector_size(4 * B)));
+typedef int32_t I32 __attribute__((vector_size(N)));
+typedef uint32_t U32 __attribute__((vector_size(N)));
+typedef int16_t I16 __attribute__((vector_size(N)));
+typedef uint16_t U16 __attribute__((vector_size(N)));
 
 #define V_INLINE inline __attribute__((always_inline))
 
@@ -46,71 +44,83 @@ V_INLINE To As(From v) {
   return t;
 }
 
-// Saturating signed 16-bit add, one native register at a time.
-V_INLINE I16p AddSat(I16p a, I16p b) {
-#if defined(__AVX2__)
-  typedef __m256i R;
-  constexpr unsigned kPer = 32;
-#define V_ADDS(x, y) _mm256_adds_epi16(x, y)
-#elif defined(__SSE4_1__)
-  typedef __m128i R;
-  constexpr unsigned kPer = 16;
-#define V_ADDS(x, y) _mm_adds_epi16(x, y)
-#else
-  typedef int16x8_t R;
-  constexpr unsigned kPer = 16;
-#define V_ADDS(x, y) vqaddq_s16(x, y)
-#endif
-  I16p out;
-  for (unsigned o = 0; o < sizeof(I16p); o += kPer) {
-    R x, y;
-    memcpy(&x, reinterpret_cast<const char*>(&a) + o, kPer);
-    memcpy(&y, reinterpret_cast<const char*>(&b) + o, kPer);
-    const R s = V_ADDS(x, y);
-    memcpy(reinterpret_cast<char*>(&out) + o, &s, kPer);
-  }
-#undef V_ADDS
-  return out;
+template <class V, class M>
+V_INLINE V Select(M mask, V a, V b) {
+  return As<V>((As<M>(a) & mask) | (As<M>(b) & ~mask));
 }
 
-template <class I32v>
-V_INLINE I32v Clamp(I32v v, int32_t lo, int32_t hi) {
-  v = v < lo ? I32v{} + lo : v;
-  return v > hi ? I32v{} + hi : v;
+// The intrinsics: minimum and clamps, bytes widened to 32-bit lanes (the generic conversion
+// goes through scalars), the saturating signed 16-bit add, and 32-bit lanes of
+// two registers saturated to 16 bits, in order.
+#if defined(__AVX2__)
+V_INLINE U32 Widen(const uint8_t* p) {
+  return As<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
 }
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm256_adds_epi16(As<__m256i>(a), As<__m256i>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm256_min_epi16(As<__m256i>(a), As<__m256i>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(_mm256_min_epi32(_mm256_max_epi32(As<__m256i>(v), _mm256_set1_epi32(-32768)),
+                                  _mm256_set1_epi32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) {
+  return As<I16>(_mm256_permute4x64_epi64(_mm256_packs_epi32(As<__m256i>(a), As<__m256i>(b)), 0xD8));
+}
+#elif defined(__SSE4_1__)
+V_INLINE U32 Widen(const uint8_t* p) {
+  int32_t w;
+  memcpy(&w, p, 4);
+  return As<U32>(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(w)));
+}
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm_adds_epi16(As<__m128i>(a), As<__m128i>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm_min_epi16(As<__m128i>(a), As<__m128i>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(_mm_min_epi32(_mm_max_epi32(As<__m128i>(v), _mm_set1_epi32(-32768)), _mm_set1_epi32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) { return As<I16>(_mm_packs_epi32(As<__m128i>(a), As<__m128i>(b))); }
+#else
+V_INLINE U32 Widen(const uint8_t* p) {
+  uint32_t w;
+  memcpy(&w, p, 4);
+  return As<U32>(vmovl_u16(vget_low_u16(vmovl_u8(vcreate_u8(w)))));
+}
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(vqaddq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(vminq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(vminq_s32(vmaxq_s32(As<int32x4_t>(v), vdupq_n_s32(-32768)), vdupq_n_s32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) {
+  return As<I16>(vqmovn_high_s32(vqmovn_s32(As<int32x4_t>(a)), As<int32x4_t>(b)));
+}
+#endif
 
 // A chroma term of B samples, saturated to 16 bits and doubled into both
 // halves of each 32-bit lane: the term of block m for its two pixels.
-V_INLINE I16p ChromaTerm(U8b idx, const ImgPrcAffineTerm& t, int32_t shift) {
-  const U32b i = __builtin_convertvector(idx, U32b);
-  const I32b a = As<I32b>(i * uint32_t(t.mul[0]) + uint32_t(t.add[0])) >> shift;
-  const I32b b = As<I32b>(i * uint32_t(t.mul[1]) + uint32_t(t.add[1])) >> shift;
-  const I32b v = Clamp(As<I32b>(i) < t.split ? a : b, -32768, 32767);
-  const U32b h = As<U32b>(v) & 0xFFFF;
-  return As<I16p>(h | h << 16);
+V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t, int32_t shift) {
+  const I32 a = As<I32>(i * uint32_t(t.mul[0]) + uint32_t(t.add[0])) >> shift;
+  const I32 b = As<I32>(i * uint32_t(t.mul[1]) + uint32_t(t.add[1])) >> shift;
+  const I32 v = Clamp16(Select(As<I32>(i) < t.split, a, b));
+  const U32 h = As<U32>(v) & 0xFFFF;
+  return As<I16>(h | h << 16);
 }
 
 // Luma entries of 2B samples minus 32768, saturated to 16 bits.
-V_INLINE I16p LumaX(const uint8_t* p, uint32_t mul, uint32_t add, int32_t shift) {
-  U8p idx;
-  memcpy(&idx, p, sizeof idx);
-  const I32p v = As<I32p>(__builtin_convertvector(idx, U32p) * mul + add) >> shift;
-  return __builtin_convertvector(Clamp(v, -32768, 32767), I16p);
+V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add, int32_t shift) {
+  return PackSat(As<I32>(Widen(p) * mul + add) >> shift, As<I32>(Widen(p + N / 4) * mul + add) >> shift);
 }
 
 struct Terms {
-  I16p rh, rq, g, bh, bq;  // see the head of this file
+  I16 rh, rq, g, bh, bq;  // see the head of this file
 };
 
-V_INLINE U16p Pixels(I16p x, const Terms& t) {
-  const I16p m1 = I16p{} - 1;
-  I16p r = AddSat(AddSat(x, t.rh), t.rq);
-  I16p g = AddSat(AddSat(x, t.g), t.g);
-  I16p b = AddSat(AddSat(x, t.bh), t.bq);
-  r = r < m1 ? r : m1;
-  g = g < m1 ? g : m1;
-  b = b < m1 ? b : m1;
-  return (As<U16p>(r) >> 10 << 11) | ((As<U16p>(g) >> 4) & 0x7E0) | ((As<U16p>(b) >> 10) & 31);
+V_INLINE U16 Pixels(I16 x, const Terms& t) {
+  const I16 m1 = I16{} - 1;
+  I16 r = AddSat(AddSat(x, t.rh), t.rq);
+  I16 g = AddSat(AddSat(x, t.g), t.g);
+  I16 b = AddSat(AddSat(x, t.bh), t.bq);
+  r = Min(r, m1);
+  g = Min(g, m1);
+  b = Min(b, m1);
+  return (As<U16>(r) >> 10 << 11) | ((As<U16>(g) >> 4) & 0x7E0) | ((As<U16>(b) >> 10) & 31);
 }
 
 }  // namespace
@@ -121,18 +131,16 @@ void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const uint32_t ymul = uint32_t(k.y.mul[1]);
   const uint32_t yadd = uint32_t(k.y.add[1]) - (uint32_t{32768} << s);
   for (size_t m = begin; m < end; m += B) {
-    U8b cb, cr;
-    memcpy(&cb, rp->cb + m, B);
-    memcpy(&cr, rp->cr + m, B);
-    const I16p gcr = ChromaTerm(cr, k.gcr, s), gcb = ChromaTerm(cb, k.gcb, s);
+    const U32 cb = Widen(rp->cb + m), cr = Widen(rp->cr + m);
+    const I16 gcr = ChromaTerm(cr, k.gcr, s), gcb = ChromaTerm(cb, k.gcb, s);
     Terms t;
     t.rh = ChromaTerm(cr, k.rcr, s);
-    t.rq = AddSat(t.rh, As<I16p>(As<U16p>(gcr) >> 15));
+    t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
     t.bh = ChromaTerm(cb, k.bcb, s);
-    t.bq = AddSat(t.bh, As<I16p>(As<U16p>(gcb) >> 15));
-    t.g = As<I16p>(As<U16p>(gcb) + As<U16p>(gcr));
-    const U16p p0 = Pixels(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t);
-    const U16p p1 = Pixels(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t);
+    t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
+    t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
+    const U16 p0 = Pixels(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t);
+    const U16 p1 = Pixels(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t);
     memcpy(rp->d0 + 4 * m, &p0, sizeof p0);
     memcpy(rp->d1 + 4 * m, &p1, sizeof p1);
   }
