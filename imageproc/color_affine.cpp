@@ -36,7 +36,8 @@ AddRange AddRangeFor(const TermValues& t, int a, int b, int64_t mul) {
 
 // Width of the add interval for a slope: concave in mul, so its best integer
 // slope is found by ternary search over a range that holds every feasible one.
-bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add) {
+bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add,
+              const int32_t* onlyMul = nullptr) {
   int first = -1, last = -1;
   for (int i = a; i < b; ++i)
     if (t.v[i] > t.lo && t.v[i] < t.hi) {
@@ -49,7 +50,9 @@ bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add) {
     return true;
   }
   int64_t lo = -(int64_t{1} << 26), hi = int64_t{1} << 26;
-  if (last > first) {
+  if (onlyMul != nullptr) {
+    lo = hi = *onlyMul;
+  } else if (last > first) {
     const int64_t rise = t.v[last] - t.v[first], run = last - first;
     lo = ((rise - 1) * kOne) / run - 1;
     hi = ((rise + 1) * kOne) / run + 1;
@@ -58,7 +61,7 @@ bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add) {
     const AddRange r = AddRangeFor(t, a, b, m);
     return r.highest - r.lowest;
   };
-  while (hi - lo > 2) {
+  while (hi - lo > 2 && onlyMul == nullptr) {
     const int64_t m1 = lo + (hi - lo) / 3, m2 = hi - (hi - lo) / 3;
     if (width(m1) < width(m2))
       lo = m1 + 1;
@@ -99,10 +102,13 @@ bool FitTerm(const TermValues& t, ImgPrcAffineTerm* f) {
   for (int32_t i = 1; i < 256; ++i) {
     if (sign(i) == sign(i - 1)) continue;
     for (int32_t split : {i, i + 1}) {
+      // One slope for both pieces, so that the rows multiply once and only
+      // the add differs.
       f->split = split;
-      if (FitPiece(t, 0, split, &f->mul[0], &f->add[0]) && FitPiece(t, split, 256, &f->mul[1], &f->add[1]) &&
-          Reproduces(t, *f))
-        return true;
+      if (!FitPiece(t, split, 256, &f->mul[1], &f->add[1])) continue;
+      if (FitPiece(t, 0, split, &f->mul[0], &f->add[0], &f->mul[1]) && Reproduces(t, *f)) return true;
+      if (!FitPiece(t, 0, split, &f->mul[0], &f->add[0])) continue;
+      if (FitPiece(t, split, 256, &f->mul[1], &f->add[1], &f->mul[0]) && Reproduces(t, *f)) return true;
     }
   }
   return false;
@@ -127,7 +133,8 @@ bool ImgPrcFitAffineTables(const uint16_t* tableY, const int64_t* tableCb, const
   out->rgb565Row = nullptr;
   TermValues y{{}, 0, 65535, int64_t{32768} << kShift};
   for (int i = 0; i < 256; ++i) y.v[i] = tableY[i];
-  const bool exact = FitTerm(y, &out->y) && FitTerm(Half(tableCr, true), &out->rcr) &&
+  // Luma rows use one piece (its negative levels all clamp to 0).
+  const bool exact = FitTerm(y, &out->y) && out->y.split == 0 && FitTerm(Half(tableCr, true), &out->rcr) &&
                      FitTerm(Half(tableCr, false), &out->gcr) && FitTerm(Half(tableCb, false), &out->gcb) &&
                      FitTerm(Half(tableCb, true), &out->bcb);
   if (exact) out->rgb565Row = ImgPrcChooseRgb565Row();

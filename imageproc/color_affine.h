@@ -4,7 +4,8 @@
 // every one of the 256 entries exactly (checked whenever the tables are
 // built), a vector row computes the terms instead of looking them up. Two
 // pieces per term, split at an index, because the tables round half away
-// from the centre differently on either side of it.
+// from the centre differently on either side of it; both pieces have one
+// slope, so that a row multiplies once.
 #pragma once
 
 #include <stdint.h>
@@ -15,7 +16,7 @@ extern "C" {
 
 typedef struct ImgPrcAffineTerm {
   int32_t split;   // indices below it use piece 0, the others piece 1
-  int32_t mul[2];  // per piece
+  int32_t mul[2];  // per piece, the same for both
   int32_t add[2];
 } ImgPrcAffineTerm;
 

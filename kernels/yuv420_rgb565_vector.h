@@ -96,9 +96,8 @@ V_INLINE I16 PackSat(I32 a, I32 b) {
 // A chroma term of B samples, saturated to 16 bits and doubled into both
 // halves of each 32-bit lane: the term of block m for its two pixels.
 V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t, int32_t shift) {
-  const I32 a = As<I32>(i * uint32_t(t.mul[0]) + uint32_t(t.add[0])) >> shift;
-  const I32 b = As<I32>(i * uint32_t(t.mul[1]) + uint32_t(t.add[1])) >> shift;
-  const I32 v = Clamp16(Select(As<I32>(i) < t.split, a, b));
+  const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
+  const I32 v = Clamp16(As<I32>(i * uint32_t(t.mul[1]) + add) >> shift);
   const U32 h = As<U32>(v) & 0xFFFF;
   return As<I16>(h | h << 16);
 }
