@@ -28,9 +28,10 @@ typedef struct ImgPrcAffineTables {
   ImgPrcAffineTerm gcr;  // low half of a Cr entry
   ImgPrcAffineTerm gcb;  // low half of a Cb entry
   ImgPrcAffineTerm bcb;  // high half of a Cb entry
-  // The RGB565 row (a Row<const Rgb565RowPair*>, kernels/yuv420_rgb565_rows.h)
-  // chosen for the CPU when the tables were built; null when a table is not
-  // reproduced exactly or no vector set is in force: the kernels look up.
+  // The RGB565 and keyed RGB555 rows (two Row<const Rgb565RowPair*>,
+  // kernels/yuv420_rgb565_rows.h) chosen for the CPU when the tables were
+  // built; null when a table is not reproduced exactly or no vector set is in
+  // force: the kernels look up.
   const void* rgb565Row;
 } ImgPrcAffineTables;
 

@@ -36,7 +36,7 @@ template <class Sink>
 void WalkRowPairs(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides, int32_t width,
                   int32_t height, Sink sink) {
   const size_t blocks = width > 0 ? (static_cast<size_t>(width) + 1) / 2 : 0;
-  Rgb565RowPair rp{src[0], src[0] + strides[0], src[1], src[2], nullptr, nullptr, ctx};
+  Rgb565RowPair rp{src[0], src[0] + strides[0], src[1], src[2], nullptr, nullptr, ctx, 0};
   for (int32_t k = 0; 2 * k < height; ++k) {
     sink(k, rp, blocks);
     rp.y0 += 2 * static_cast<ptrdiff_t>(strides[0]);
@@ -44,6 +44,18 @@ void WalkRowPairs(const ImgPrcContext* ctx, const uint8_t* const* src, const uin
     rp.cb += strides[1];
     rp.cr += strides[1];
   }
+}
+
+// Row pairs into plain destination rows pitch bytes apart.
+void ConvertRows(const Rgb565Row& row, const ImgPrcContext* ctx, const uint8_t* const* src,
+                 const uint32_t* strides, int32_t width, int32_t height, uint8_t* dst, int32_t pitch,
+                 uint32_t key) {
+  WalkRowPairs(ctx, src, strides, width, height, [&](int32_t k, Rgb565RowPair& rp, size_t blocks) {
+    rp.d0 = dst + 2 * static_cast<ptrdiff_t>(k) * pitch;
+    rp.d1 = rp.d0 + pitch;
+    rp.key = key;
+    run_row(row, 0, blocks, static_cast<const Rgb565RowPair*>(&rp));
+  });
 }
 
 // Rotated rows are converted a piece at a time into two short rows, then
@@ -57,11 +69,7 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565(ImgPrcContext* ctx, const uin
                                                    uint8_t* dst, int32_t pitch) {
   if (height < 1) return 0;
   if (const Rgb565Row* row = Rgb565RowOf(ctx)) {
-    WalkRowPairs(ctx, src, srcStrides, width, height, [&](int32_t k, Rgb565RowPair& rp, size_t blocks) {
-      rp.d0 = dst + 2 * static_cast<ptrdiff_t>(k) * pitch;
-      rp.d1 = rp.d0 + pitch;
-      run_row(*row, 0, blocks, static_cast<const Rgb565RowPair*>(&rp));
-    });
+    ConvertRows(*row, ctx, src, srcStrides, width, height, dst, pitch, 0);
     return 0;
   }
   PlainBlockWriter out(dst, pitch);
@@ -101,6 +109,10 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB555(ImgPrcContext* ctx, const uin
                                                    const uint32_t* srcStrides, int32_t width, int32_t height,
                                                    uint8_t* dst, int32_t pitch, uint32_t colorKey) {
   if (height < 1) return 0;
+  if (const Rgb565Row* row = Rgb555KeyRowOf(ctx)) {
+    ConvertRows(*row, ctx, src, srcStrides, width, height, dst, pitch, colorKey);
+    return 0;
+  }
   PlainBlockWriter out(dst, pitch);
   Walk420(src, srcStrides, width, height, Color555Keyed{ColorTables(ctx), colorKey}, out);
   return 0;

@@ -3,7 +3,8 @@
 // after defining
 //   RGB565_VECTOR_BYTES   register bytes: a step is one register of 16-bit
 //                         pixels a row, a quarter of them blocks
-//   RGB565_VECTOR_ROW     the name of the row function.
+//   RGB565_VECTOR_ROW     the names of the RGB565 row function
+//   RGB555_VECTOR_ROW     and of the keyed RGB555 one.
 // Terms come from the tables' integer forms in 32-bit lanes; the pixel step
 // is taken on 16-bit lanes with saturating adds (the only intrinsic):
 // with X = L - 32768, X + term saturated and capped at -1 stands for the sum
@@ -111,15 +112,40 @@ struct Terms {
   I16 rh, rq, g, bh, bq;  // see the head of this file
 };
 
-V_INLINE U16 Pixels(I16 x, const Terms& t) {
+// The three sums of a register of pixels, each clamped to 0..32767 (held
+// as X = sum - 32768 in -32768..-1).
+struct Sums {
+  I16 r, g, b;
+};
+V_INLINE Sums SumsOf(I16 x, const Terms& t) {
   const I16 m1 = I16{} - 1;
-  I16 r = AddSat(AddSat(x, t.rh), t.rq);
-  I16 g = AddSat(AddSat(x, t.g), t.g);
-  I16 b = AddSat(AddSat(x, t.bh), t.bq);
-  r = Min(r, m1);
-  g = Min(g, m1);
-  b = Min(b, m1);
-  return (As<U16>(r) >> 10 << 11) | ((As<U16>(g) >> 4) & 0x7E0) | ((As<U16>(b) >> 10) & 31);
+  return {Min(AddSat(AddSat(x, t.rh), t.rq), m1), Min(AddSat(AddSat(x, t.g), t.g), m1),
+          Min(AddSat(AddSat(x, t.bh), t.bq), m1)};
+}
+
+// RGB565: red sum >> 10, green >> 9, blue >> 10.
+V_INLINE U16 Pixels565(I16 x, const Terms& t) {
+  const Sums s = SumsOf(x, t);
+  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7E0) | ((As<U16>(s.b) >> 10) & 31);
+}
+
+// Opaque RGB555 (green >> 10 too, bit 0 set).
+V_INLINE U16 Pixels555(I16 x, const Terms& t) {
+  const Sums s = SumsOf(x, t);
+  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7C0) | ((As<U16>(s.b) >> 9) & 0x3E) | 1;
+}
+
+// The colour terms of blocks m..m+B-1.
+V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
+  const int32_t s = k.shift;
+  const I16 gcr = ChromaTerm(cr, k.gcr, s), gcb = ChromaTerm(cb, k.gcb, s);
+  Terms t;
+  t.rh = ChromaTerm(cr, k.rcr, s);
+  t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
+  t.bh = ChromaTerm(cb, k.bcb, s);
+  t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
+  t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
+  return t;
 }
 
 }  // namespace
@@ -130,16 +156,32 @@ void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const uint32_t ymul = uint32_t(k.y.mul[1]);
   const uint32_t yadd = uint32_t(k.y.add[1]) - (uint32_t{32768} << s);
   for (size_t m = begin; m < end; m += B) {
+    const Terms t = TermsOf(k, Widen(rp->cb + m), Widen(rp->cr + m));
+    const U16 p0 = Pixels565(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t);
+    const U16 p1 = Pixels565(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t);
+    memcpy(rp->d0 + 4 * m, &p0, sizeof p0);
+    memcpy(rp->d1 + 4 * m, &p1, sizeof p1);
+  }
+}
+
+// Keyed: a pixel whose own Y, Cb, Cr equal the key's is 0. The chroma match
+// is a 32-bit mask per block, which covers both of its pixels.
+void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  const ImgPrcAffineTables& k = rp->ctx->affine;
+  const int32_t s = k.shift;
+  const uint32_t ymul = uint32_t(k.y.mul[1]);
+  const uint32_t yadd = uint32_t(k.y.add[1]) - (uint32_t{32768} << s);
+  const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
+  auto keyed = [&](const uint8_t* y, U32 chromaMatch) {
+    const I16 match = PackSat(As<I32>(Widen(y) == ky), As<I32>(Widen(y + N / 4) == ky));
+    return As<U16>(match & As<I16>(chromaMatch));
+  };
+  for (size_t m = begin; m < end; m += B) {
     const U32 cb = Widen(rp->cb + m), cr = Widen(rp->cr + m);
-    const I16 gcr = ChromaTerm(cr, k.gcr, s), gcb = ChromaTerm(cb, k.gcb, s);
-    Terms t;
-    t.rh = ChromaTerm(cr, k.rcr, s);
-    t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
-    t.bh = ChromaTerm(cb, k.bcb, s);
-    t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
-    t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
-    const U16 p0 = Pixels(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t);
-    const U16 p1 = Pixels(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t);
+    const Terms t = TermsOf(k, cb, cr);
+    const U32 chromaMatch = As<U32>((cb == kcb) & (cr == kcr));
+    const U16 p0 = Pixels555(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t) & ~keyed(rp->y0 + 2 * m, chromaMatch);
+    const U16 p1 = Pixels555(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t) & ~keyed(rp->y1 + 2 * m, chromaMatch);
     memcpy(rp->d0 + 4 * m, &p0, sizeof p0);
     memcpy(rp->d1 + 4 * m, &p1, sizeof p1);
   }

@@ -36,30 +36,29 @@ std::vector<CpuLevel> VectorLevels() {
   return levels;
 }
 
-// Blocks of one row pair through the row the tables chose, each pixel against
-// the formulas; `quads` gives the four luma samples of block m.
+// Blocks of one row pair through the row the tables chose (RGB565, or keyed
+// RGB555 when `key` is given), each pixel against the formulas; `quad` gives
+// the four luma samples of block m.
 template <class Quad>
 void ExpectRowMatches(const Built& t, const std::vector<uint8_t>& cb, const std::vector<uint8_t>& cr,
-                      Quad quad) {
+                      Quad quad, const uint32_t* key = nullptr) {
   const size_t n = cb.size();
   std::vector<uint8_t> y0(2 * n), y1(2 * n);
   for (size_t m = 0; m < n; ++m) quad(m, &y0[2 * m], &y1[2 * m]);
   std::vector<uint16_t> d0(2 * n), d1(2 * n);
-  const Rgb565RowPair rp{y0.data(),
-                         y1.data(),
-                         cb.data(),
-                         cr.data(),
-                         reinterpret_cast<uint8_t*>(d0.data()),
-                         reinterpret_cast<uint8_t*>(d1.data()),
-                         &t.ctx};
-  const Rgb565Row* row = Rgb565RowOf(&t.ctx);
+  uint8_t* out[2] = {reinterpret_cast<uint8_t*>(d0.data()), reinterpret_cast<uint8_t*>(d1.data())};
+  const Rgb565RowPair rp{y0.data(), y1.data(), cb.data(), cr.data(), out[0], out[1], &t.ctx, key ? *key : 0};
+  const Rgb565Row* row = key ? Rgb555KeyRowOf(&t.ctx) : Rgb565RowOf(&t.ctx);
   ASSERT_NE(row, nullptr) << "tables not reproduced";
   run_row(*row, 0, n, &rp);
   const Tables ref(t.ctx);
+  auto want = [&](uint8_t y, uint8_t b, uint8_t r) {
+    return key ? Ref555(ref, y, b, r, *key) : Ref565(ref, y, b, r);
+  };
   for (size_t i = 0; i < 2 * n; ++i) {
-    ASSERT_EQ(d0[i], Ref565(ref, y0[i], cb[i / 2], cr[i / 2]))
+    ASSERT_EQ(d0[i], want(y0[i], cb[i / 2], cr[i / 2]))
         << "Y " << int(y0[i]) << " Cb " << int(cb[i / 2]) << " Cr " << int(cr[i / 2]);
-    ASSERT_EQ(d1[i], Ref565(ref, y1[i], cb[i / 2], cr[i / 2]))
+    ASSERT_EQ(d1[i], want(y1[i], cb[i / 2], cr[i / 2]))
         << "Y " << int(y1[i]) << " Cb " << int(cb[i / 2]) << " Cr " << int(cr[i / 2]);
   }
 }
@@ -97,9 +96,16 @@ TEST(Rgb565VectorRow, AdjustedTablesOnRandomTriples) {
                                             << b << " " << c << " " << s);
             const Built t(mr / 2, mr % 2, b, c, s);
             for (size_t m = 0; m < cb.size(); ++m) cb[m] = uint8_t(rng()), cr[m] = uint8_t(rng());
-            ExpectRowMatches(t, cb, cr, [&](size_t, uint8_t* a, uint8_t* d) {
+            auto quad = [&](size_t, uint8_t* a, uint8_t* d) {
               a[0] = uint8_t(rng()), a[1] = uint8_t(rng()), d[0] = uint8_t(rng()), d[1] = uint8_t(rng());
-            });
+            };
+            ExpectRowMatches(t, cb, cr, quad);
+            // Keyed RGB555: the key is a triple of the row (its sample 100 is
+            // 0x40 on the top row) or, one time in eight, beyond 24 bits.
+            const uint32_t key = (b == 300 ? 0x1000000u : 0x400000u) | uint32_t(cb[50]) << 8 | cr[50];
+            ExpectRowMatches(
+                t, cb, cr,
+                [&](size_t m, uint8_t* a, uint8_t* d) { quad(m, a, d), a[0] = m == 50 ? 0x40 : a[0]; }, &key);
             if (HasFatalFailure()) return;
           }
   }
@@ -115,8 +121,8 @@ TEST(Rgb565VectorRow, TablesThatAreNotAffineKeepTheLookups) {
 
 // Random pictures of every width up to past two AVX2 steps, odd heights,
 // padded and odd strides, planes cut to the bytes the kernel may read,
-// destinations with guard bytes around: plain and through each rotation,
-// against the same tables with the lookup walk.
+// destinations with guard bytes around: plain, through each rotation and
+// keyed RGB555 (rotation -2), against the same tables with the lookup walk.
 TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
   std::mt19937 rng(11);
   for (CpuLevel level : VectorLevels()) {
@@ -129,7 +135,7 @@ TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
     look.ctx.affine.rgb565Row = nullptr;
     ASSERT_NE(Rgb565RowOf(&vec.ctx), nullptr);
     for (int32_t w = 1; w <= 70; ++w)
-      for (int rotation = -1; rotation <= 5; ++rotation) {
+      for (int rotation = -2; rotation <= 5; ++rotation) {
         const int32_t h = 1 + 2 * int32_t(rng() % 3) + (w % 2), blocks = (w + 1) / 2, pairs = (h + 1) / 2;
         const uint32_t strides[3] = {uint32_t(2 * blocks + rng() % 5), uint32_t(blocks + rng() % 4), 0};
         std::vector<uint8_t> planes[3];
@@ -145,7 +151,11 @@ TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
         std::vector<uint8_t> got = want;
         SCOPED_TRACE(testing::Message()
                      << cpu_level_name(level) << " " << w << "x" << h << " rotation " << rotation);
-        if (rotation < 0) {
+        if (rotation == -2) {
+          const uint32_t key = uint32_t(src[0][1]) << 16 | uint32_t(src[1][0]) << 8 | src[2][0];
+          _ORUYCbCr420ToRGB555(&look.ctx, src, strides, w, h, want.data() + guard, int32_t(stride), key);
+          _ORUYCbCr420ToRGB555(&vec.ctx, src, strides, w, h, got.data() + guard, int32_t(stride), key);
+        } else if (rotation < 0) {
           _ORUYCbCr420ToRGB565(&look.ctx, src, strides, w, h, want.data() + guard, int32_t(stride));
           _ORUYCbCr420ToRGB565(&vec.ctx, src, strides, w, h, got.data() + guard, int32_t(stride));
         } else {

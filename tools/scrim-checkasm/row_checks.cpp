@@ -119,13 +119,15 @@ struct Rgb565Rows {
   // The row pair, converted with the tables of `tab` (a copy's table
   // pointers still point at the original's tables).
   Rgb565RowPair Pair(const Rgb565Rows& tab) {
-    return {y0.data(), y1.data(), cb.data(), cr.data(), d0.data() + kGuard, d1.data() + kGuard, &tab.ctx};
+    return {y0.data(), y1.data(), cb.data(), cr.data(), d0.data() + kGuard, d1.data() + kGuard, &tab.ctx, 0};
   }
 };
 
-bool check_rgb565_blocks(CpuLevel level, unsigned seed, std::string* failure) {
+// Keyed RGB555 rows get the triple of one of the row's pixels as the key.
+template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed>
+bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
-  const Row<const Rgb565RowPair*> row = pick_row(rgb565_block_rows, level);
+  const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   for (size_t n = 1; n <= 5 * row.vector.step; ++n)
     for (unsigned round = 0; round < 16; ++round) {
       const size_t begin = rng() % 3, blocks = begin + n + rng() % 2;
@@ -135,9 +137,14 @@ bool check_rgb565_blocks(CpuLevel level, unsigned seed, std::string* failure) {
         return false;
       }
       Rgb565Rows got = want;
-      const Rgb565RowPair w = want.Pair(want);
-      const Rgb565RowPair g = got.Pair(want);
-      rgb565_block_rows.scalar(begin, begin + n, &w);
+      Rgb565RowPair w = want.Pair(want);
+      if (kKeyed) {
+        const size_t at = begin + rng() % n;
+        w.key = uint32_t(want.y1[2 * at + 1]) << 16 | uint32_t(want.cb[at]) << 8 | want.cr[at];
+      }
+      Rgb565RowPair g = got.Pair(want);
+      g.key = w.key;
+      kRows.scalar(begin, begin + n, &w);
       run_row(row, begin, begin + n, static_cast<const Rgb565RowPair*>(&g));
       for (int r = 0; r < 2; ++r) {
         const std::vector<uint8_t>& a = r ? got.d1 : got.d0;
@@ -154,12 +161,13 @@ bool check_rgb565_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   return true;
 }
 
-void bench_rgb565_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
+template <const RowSet<const Rgb565RowPair*>& kRows>
+void bench_rgb16_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
   std::mt19937 rng(1);
   Rgb565Rows image(1920 / 2, rng);
-  const Row<const Rgb565RowPair*> row = pick_row(rgb565_block_rows, level);
+  const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   const Rgb565RowPair rp = image.Pair(image);
-  *scalarNs = ns_per_call([&] { rgb565_block_rows.scalar(0, 960, &rp); });
+  *scalarNs = ns_per_call([&] { kRows.scalar(0, 960, &rp); });
   *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &rp); });
 }
 
@@ -168,7 +176,10 @@ void bench_rgb565_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
 const std::vector<RowCheck>& row_checks() {
   static const std::vector<RowCheck> checks = {
       {"deinterlace_x_interior_blocks", check_x_interior, bench_x_interior},
-      {"yuv420_rgb565_blocks", check_rgb565_blocks, bench_rgb565_blocks},
+      {"yuv420_rgb565_blocks", check_rgb16_blocks<rgb565_block_rows, false>,
+       bench_rgb16_blocks<rgb565_block_rows>},
+      {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
+       bench_rgb16_blocks<rgb555_key_block_rows>},
   };
   return checks;
 }
