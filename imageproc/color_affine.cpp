@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int32_t kShift = 14;
+constexpr int32_t kShift = IMGPRC_AFFINE_SHIFT;
 constexpr int64_t kOne = int64_t{1} << kShift;
 
 // One table term: 256 values that the vector rows saturate to lo..hi.
@@ -86,7 +86,7 @@ bool Reproduces(const TermValues& t, const ImgPrcAffineTerm& f) {
     const int p = i >= f.split ? 1 : 0;
     const int64_t lane = int64_t{i} * f.mul[p] + f.add[p] - t.bias;
     if (lane < INT32_MIN || lane > INT32_MAX) return false;
-    const int64_t v = std::clamp<int64_t>(ImgPrcAffineAt(f, kShift, i), t.lo, t.hi);
+    const int64_t v = std::clamp<int64_t>(ImgPrcAffineAt(f, i), t.lo, t.hi);
     if (v != t.v[i]) return false;
   }
   return true;
@@ -129,7 +129,6 @@ const void* ImgPrcChooseRgb565Row();  // kernels/yuv420_rgb565_rows.cpp
 
 bool ImgPrcFitAffineTables(const uint16_t* tableY, const int64_t* tableCb, const int64_t* tableCr,
                            ImgPrcAffineTables* out) {
-  out->shift = kShift;
   out->rgb565Row = nullptr;
   TermValues y{{}, 0, 65535, int64_t{32768} << kShift};
   for (int i = 0; i < 256; ++i) y.v[i] = tableY[i];

@@ -14,6 +14,9 @@
 extern "C" {
 #endif
 
+// Fractional bits of mul and add.
+#define IMGPRC_AFFINE_SHIFT 14
+
 typedef struct ImgPrcAffineTerm {
   int32_t split;   // indices below it use piece 0, the others piece 1
   int32_t mul[2];  // per piece, the same for both
@@ -22,7 +25,6 @@ typedef struct ImgPrcAffineTerm {
 
 // The five terms of the range tables and the RGB565 row chosen for them.
 typedef struct ImgPrcAffineTables {
-  int32_t shift;
   ImgPrcAffineTerm y;    // luma entry, saturated to 0..65535
   ImgPrcAffineTerm rcr;  // high half of a Cr entry, saturated to signed 16 bits
   ImgPrcAffineTerm gcr;  // low half of a Cr entry
@@ -44,8 +46,8 @@ bool ImgPrcFitAffineTables(const uint16_t* tableY, const int64_t* tableCb, const
                            ImgPrcAffineTables* out);
 
 // A term's value at index i, before saturation, as the vector rows compute it.
-inline int64_t ImgPrcAffineAt(const ImgPrcAffineTerm& t, int32_t shift, int32_t i) {
+inline int64_t ImgPrcAffineAt(const ImgPrcAffineTerm& t, int32_t i) {
   const int p = i >= t.split ? 1 : 0;
-  return (static_cast<int64_t>(i) * t.mul[p] + t.add[p]) >> shift;
+  return (static_cast<int64_t>(i) * t.mul[p] + t.add[p]) >> IMGPRC_AFFINE_SHIFT;
 }
 #endif

@@ -29,6 +29,7 @@ namespace {
 
 constexpr unsigned N = RGB565_VECTOR_BYTES;  // one register
 constexpr unsigned B = N / 4;                // blocks a step: a register of 16-bit pixels a row
+constexpr int kShift = IMGPRC_AFFINE_SHIFT;
 
 typedef int32_t I32 __attribute__((vector_size(N)));
 typedef uint32_t U32 __attribute__((vector_size(N)));
@@ -96,16 +97,16 @@ V_INLINE I16 PackSat(I32 a, I32 b) {
 
 // A chroma term of B samples, saturated to 16 bits and doubled into both
 // halves of each 32-bit lane: the term of block m for its two pixels.
-V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t, int32_t shift) {
+V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
   const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
-  const I32 v = Clamp16(As<I32>(i * uint32_t(t.mul[1]) + add) >> shift);
+  const I32 v = Clamp16(As<I32>(i * uint32_t(t.mul[1]) + add) >> kShift);
   const U32 h = As<U32>(v) & 0xFFFF;
   return As<I16>(h | h << 16);
 }
 
 // Luma entries of 2B samples minus 32768, saturated to 16 bits.
-V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add, int32_t shift) {
-  return PackSat(As<I32>(Widen(p) * mul + add) >> shift, As<I32>(Widen(p + N / 4) * mul + add) >> shift);
+V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
+  return PackSat(As<I32>(Widen(p) * mul + add) >> kShift, As<I32>(Widen(p + N / 4) * mul + add) >> kShift);
 }
 
 struct Terms {
@@ -137,12 +138,11 @@ V_INLINE U16 Pixels555(I16 x, const Terms& t) {
 
 // The colour terms of blocks m..m+B-1.
 V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
-  const int32_t s = k.shift;
-  const I16 gcr = ChromaTerm(cr, k.gcr, s), gcb = ChromaTerm(cb, k.gcb, s);
+  const I16 gcr = ChromaTerm(cr, k.gcr), gcb = ChromaTerm(cb, k.gcb);
   Terms t;
-  t.rh = ChromaTerm(cr, k.rcr, s);
+  t.rh = ChromaTerm(cr, k.rcr);
   t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
-  t.bh = ChromaTerm(cb, k.bcb, s);
+  t.bh = ChromaTerm(cb, k.bcb);
   t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
   t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
   return t;
@@ -150,39 +150,53 @@ V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
 
 }  // namespace
 
+// The row's inputs copied to locals: its stores go through byte pointers,
+// which could alias the tables in the compiler's view, and would make it
+// reload every one of them each step.
+struct Locals {
+  ImgPrcAffineTables k;
+  const uint8_t *y0, *y1, *cb, *cr;
+  uint8_t *d0, *d1;
+  uint32_t ymul, yadd;
+  explicit Locals(const Rgb565RowPair* rp)
+      : k(rp->ctx->affine),
+        y0(rp->y0),
+        y1(rp->y1),
+        cb(rp->cb),
+        cr(rp->cr),
+        d0(rp->d0),
+        d1(rp->d1),
+        ymul(uint32_t(k.y.mul[1])),
+        yadd(uint32_t(k.y.add[1]) - (uint32_t{32768} << kShift)) {}
+};
+
 void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
-  const ImgPrcAffineTables& k = rp->ctx->affine;
-  const int32_t s = k.shift;
-  const uint32_t ymul = uint32_t(k.y.mul[1]);
-  const uint32_t yadd = uint32_t(k.y.add[1]) - (uint32_t{32768} << s);
+  const Locals l(rp);
   for (size_t m = begin; m < end; m += B) {
-    const Terms t = TermsOf(k, Widen(rp->cb + m), Widen(rp->cr + m));
-    const U16 p0 = Pixels565(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t);
-    const U16 p1 = Pixels565(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t);
-    memcpy(rp->d0 + 4 * m, &p0, sizeof p0);
-    memcpy(rp->d1 + 4 * m, &p1, sizeof p1);
+    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
+    const U16 p0 = Pixels565(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
+    const U16 p1 = Pixels565(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
+    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
+    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
   }
 }
 
 // Keyed: a pixel whose own Y, Cb, Cr equal the key's is 0. The chroma match
 // is a 32-bit mask per block, which covers both of its pixels.
 void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
-  const ImgPrcAffineTables& k = rp->ctx->affine;
-  const int32_t s = k.shift;
-  const uint32_t ymul = uint32_t(k.y.mul[1]);
-  const uint32_t yadd = uint32_t(k.y.add[1]) - (uint32_t{32768} << s);
+  const Locals l(rp);
   const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
   auto keyed = [&](const uint8_t* y, U32 chromaMatch) {
     const I16 match = PackSat(As<I32>(Widen(y) == ky), As<I32>(Widen(y + N / 4) == ky));
     return As<U16>(match & As<I16>(chromaMatch));
   };
   for (size_t m = begin; m < end; m += B) {
-    const U32 cb = Widen(rp->cb + m), cr = Widen(rp->cr + m);
-    const Terms t = TermsOf(k, cb, cr);
+    const U32 cb = Widen(l.cb + m), cr = Widen(l.cr + m);
+    const Terms t = TermsOf(l.k, cb, cr);
     const U32 chromaMatch = As<U32>((cb == kcb) & (cr == kcr));
-    const U16 p0 = Pixels555(LumaX(rp->y0 + 2 * m, ymul, yadd, s), t) & ~keyed(rp->y0 + 2 * m, chromaMatch);
-    const U16 p1 = Pixels555(LumaX(rp->y1 + 2 * m, ymul, yadd, s), t) & ~keyed(rp->y1 + 2 * m, chromaMatch);
-    memcpy(rp->d0 + 4 * m, &p0, sizeof p0);
-    memcpy(rp->d1 + 4 * m, &p1, sizeof p1);
+    const U16 p0 = Pixels555(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y0 + 2 * m, chromaMatch);
+    const U16 p1 = Pixels555(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y1 + 2 * m, chromaMatch);
+    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
+    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
   }
 }
