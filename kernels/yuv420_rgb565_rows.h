@@ -42,10 +42,9 @@ using Rgb565Row = Row<const Rgb565RowPair*>;
 // The rows an instance chose when its tables were built (RGB565, keyed
 // RGB555), or null (look up).
 inline const Rgb565Row* Rgb565RowOf(const ImgPrcContext* ctx) {
-  const Rgb565Row* rows = static_cast<const Rgb565Row*>(ctx->affine.rgb565Row);
-  return rows;
+  return static_cast<const Rgb565Row*>(ctx->affine.rgb565Row);
 }
 inline const Rgb565Row* Rgb555KeyRowOf(const ImgPrcContext* ctx) {
-  const Rgb565Row* rows = static_cast<const Rgb565Row*>(ctx->affine.rgb565Row);
+  const Rgb565Row* rows = Rgb565RowOf(ctx);
   return rows != nullptr ? rows + 1 : nullptr;
 }
