@@ -4,6 +4,7 @@
 
 #include <stdint.h>
 
+#include "imageproc/color_affine.h"
 #include "imageproc/oru_imageproc.h"
 
 #ifdef __cplusplus
@@ -74,6 +75,9 @@ typedef struct ImgPrcContext {
   uint32_t rotationRecordSize;
   ImgPrcRotationRecord* rotationRecord;
   ImgPrcRgbToYuvKernel rgbToYuvKernel;
+  // The range tables as integer arithmetic and the vector rows chosen for
+  // them, refreshed whenever the tables are built.
+  ImgPrcAffineTables affine;
 } ImgPrcContext;
 
 #ifdef __cplusplus

@@ -69,4 +69,5 @@ void ImgPrcBuildRangeTables(ImgPrcContext* ctx, int brightness, int contrast, in
     set_transtable(ctx->yuvToRgbCoef, ctx->rangeTableY, ctx->rangeTableCb, ctx->rangeTableCr, brightness,
                    contrast, saturation);
   }
+  ImgPrcFitAffineTables(ctx->rangeTableY, ctx->rangeTableCb, ctx->rangeTableCr, &ctx->affine);
 }

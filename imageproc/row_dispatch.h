@@ -20,6 +20,8 @@
 
 #include <stddef.h>
 
+#include <initializer_list>
+
 #include "imageproc/cpu_features.h"
 
 template <typename... Args>

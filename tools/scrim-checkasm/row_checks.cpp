@@ -7,6 +7,8 @@
 
 #include "deinterlace/deint_filters.h"
 #include "deinterlace/filter_x_rows.h"
+#include "imageproc/color_tables.h"
+#include "kernels/yuv420_rgb565_rows.h"
 
 namespace {
 
@@ -172,6 +174,91 @@ void repeat_taps(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, static_cast<const DeintTapLines*>(&image.l));
 }
 
+// ---- YCbCr 4:2:0 to RGB565, a row pair of blocks --------------------------
+
+// Range tables of a matrix, range and adjustment as an instance builds them,
+// and a row pair of random samples with guard bytes around its destination.
+struct Rgb565Rows {
+  static constexpr size_t kGuard = 8;
+  alignas(8) uint8_t tables[IMGPRC_RANGE_BLOCK_SIZE];
+  ImgPrcContext ctx{};
+  std::vector<uint8_t> y0, y1, cb, cr, d0, d1;
+
+  Rgb565Rows(size_t blocks, std::mt19937& rng)
+      : y0(2 * blocks), y1(2 * blocks), cb(blocks), cr(blocks), d0(4 * blocks + 2 * kGuard, 0xA5), d1(d0) {
+    ctx.rangeTableY = reinterpret_cast<uint16_t*>(tables);
+    ctx.rangeTableCb = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CB_OFFSET);
+    ctx.rangeTableCr = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CR_OFFSET);
+    UpdateColorMatrix(&ctx, rng() % 4, rng() % 2);
+    const int adjust[] = {0, 64, 128, 128, 200, 255, 300};
+    ImgPrcBuildRangeTables(&ctx, adjust[rng() % 7], adjust[rng() % 7], adjust[rng() % 7]);
+    for (auto* v : {&y0, &y1, &cb, &cr})
+      for (auto& s : *v) s = uint8_t(rng());
+  }
+  // The row pair, converted with the tables of `tab` (a copy's table
+  // pointers still point at the original's tables).
+  Rgb565RowPair Pair(const Rgb565Rows& tab) {
+    return {y0.data(), y1.data(), cb.data(), cr.data(), d0.data() + kGuard, d1.data() + kGuard, &tab.ctx, 0};
+  }
+};
+
+// Keyed RGB555 rows get the triple of one of the row's pixels as the key.
+template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed>
+bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
+  for (size_t n = 1; n <= 5 * row.vector.step; ++n)
+    for (unsigned round = 0; round < 16; ++round) {
+      const size_t begin = rng() % 3, blocks = begin + n + rng() % 2;
+      Rgb565Rows want(blocks, rng);
+      if (want.ctx.affine.rgb565Row == nullptr) {
+        *failure = "the range tables were not reproduced by their integer forms";
+        return false;
+      }
+      Rgb565Rows got = want;
+      Rgb565RowPair w = want.Pair(want);
+      if (kKeyed) {
+        const size_t at = begin + rng() % n;
+        w.key = uint32_t(want.y1[2 * at + 1]) << 16 | uint32_t(want.cb[at]) << 8 | want.cr[at];
+      }
+      Rgb565RowPair g = got.Pair(want);
+      g.key = w.key;
+      kRows.scalar(begin, begin + n, &w);
+      run_row(row, begin, begin + n, static_cast<const Rgb565RowPair*>(&g));
+      for (int r = 0; r < 2; ++r) {
+        const std::vector<uint8_t>& a = r ? got.d1 : got.d0;
+        const std::vector<uint8_t>& b = r ? want.d1 : want.d0;
+        if (a == b) continue;
+        size_t i = 0;
+        while (a[i] == b[i]) ++i;
+        *failure = "blocks " + std::to_string(begin) + ".." + std::to_string(begin + n - 1) + ": row " +
+                   std::to_string(r) + " byte " + std::to_string(long(i) - long(Rgb565Rows::kGuard)) +
+                   " is " + std::to_string(a[i]) + ", the scalar row gives " + std::to_string(b[i]);
+        return false;
+      }
+    }
+  return true;
+}
+
+template <const RowSet<const Rgb565RowPair*>& kRows>
+void bench_rgb16_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  Rgb565Rows image(1920 / 2, rng);
+  const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
+  const Rgb565RowPair rp = image.Pair(image);
+  *scalarNs = ns_per_call([&] { kRows.scalar(0, 960, &rp); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &rp); });
+}
+
+template <const RowSet<const Rgb565RowPair*>& kRows>
+void repeat_rgb16_blocks(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  Rgb565Rows image(1920 / 2, rng);
+  const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
+  const Rgb565RowPair rp = image.Pair(image);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &rp);
+}
+
 }  // namespace
 
 const std::vector<RowCheck>& row_checks() {
@@ -179,6 +266,10 @@ const std::vector<RowCheck>& row_checks() {
       {"deinterlace_x_interior_blocks", check_x_interior, bench_x_interior, repeat_x_interior},
       {"deinterlace_taps", check_taps<false>, bench_taps<false>, repeat_taps<false>},
       {"deinterlace_taps_inplace", check_taps<true>, bench_taps<true>, repeat_taps<true>},
+      {"yuv420_rgb565_blocks", check_rgb16_blocks<rgb565_block_rows, false>,
+       bench_rgb16_blocks<rgb565_block_rows>, repeat_rgb16_blocks<rgb565_block_rows>},
+      {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
+       bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
   };
   return checks;
 }

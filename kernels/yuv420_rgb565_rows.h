@@ -1,0 +1,50 @@
+// The row of the same-size YCbCr 4:2:0 to RGB565 and RGB555 kernels: a row pair of 2x2
+// blocks, begin..end-1, from two luma rows and one chroma row into two rows of
+// 16-bit pixels. The scalar row looks the terms up in the range tables and is
+// the reference; the vector rows compute them from the tables' integer forms
+// (imageproc/color_affine.h), so they are only chosen for tables that those
+// forms reproduce exactly.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "imageproc/imgprc_context.h"
+#include "imageproc/row_dispatch.h"
+
+struct Rgb565RowPair {
+  const uint8_t* y0;  // luma rows: block m reads columns 2m and 2m + 1
+  const uint8_t* y1;
+  const uint8_t* cb;  // chroma rows: block m reads column m
+  const uint8_t* cr;
+  uint8_t* d0;  // destination rows: block m writes bytes 4m..4m+3
+  uint8_t* d1;
+  const ImgPrcContext* ctx;  // range tables and their integer forms
+  uint32_t key;              // RGB555 rows: Y << 16 | Cb << 8 | Cr written as 0
+};
+
+void rgb565_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb565_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb565_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb565_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+
+extern const RowSet<const Rgb565RowPair*> rgb565_block_rows;
+
+// Opaque RGB555 with the colour key, the same walk and terms.
+void rgb555_key_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb555_key_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb555_key_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void rgb555_key_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+
+extern const RowSet<const Rgb565RowPair*> rgb555_key_block_rows;
+using Rgb565Row = Row<const Rgb565RowPair*>;
+
+// The rows an instance chose when its tables were built (RGB565, keyed
+// RGB555), or null (look up).
+inline const Rgb565Row* Rgb565RowOf(const ImgPrcContext* ctx) {
+  return static_cast<const Rgb565Row*>(ctx->affine.rgb565Row);
+}
+inline const Rgb565Row* Rgb555KeyRowOf(const ImgPrcContext* ctx) {
+  const Rgb565Row* rows = Rgb565RowOf(ctx);
+  return rows != nullptr ? rows + 1 : nullptr;
+}

@@ -1,0 +1,7 @@
+// The RGB565 and keyed RGB555 block rows for NEON, 4 blocks a step.
+#if defined(__aarch64__)
+#define RGB565_VECTOR_BYTES 16
+#define RGB565_VECTOR_ROW rgb565_blocks_neon
+#define RGB555_VECTOR_ROW rgb555_key_blocks_neon
+#include "kernels/yuv420_rgb565_vector.h"
+#endif

@@ -1,0 +1,202 @@
+// The RGB565 block row in vectors: one portable source (GCC and Clang vector
+// extensions) built once per instruction set by the file that includes it
+// after defining
+//   RGB565_VECTOR_BYTES   register bytes: a step is one register of 16-bit
+//                         pixels a row, a quarter of them blocks
+//   RGB565_VECTOR_ROW     the names of the RGB565 row function
+//   RGB555_VECTOR_ROW     and of the keyed RGB555 one.
+// Terms come from the tables' integer forms in 32-bit lanes; the pixel step
+// is taken on 16-bit lanes with saturating adds (the only intrinsic):
+// with X = L - 32768, X + term saturated and capped at -1 stands for the sum
+// L + term clamped to 0..32767, whose bits 10-14 (red, blue) or 9-14 (green)
+// are the clamped field. Red and blue terms are Cr >> 15 and Cb >> 15 of the
+// packed entries, that is 2 x high half + the sign bit of the low half, added
+// as high half + (high half + sign bit); green is the 16-bit sum of the low
+// halves (carry dropped) added twice. Saturating in two same-signed steps
+// gives the clamp of the whole sum.
+#include <string.h>
+
+#include "imageproc/color_affine.h"
+#include "kernels/yuv420_rgb565_rows.h"
+
+#if defined(__AVX2__) || defined(__SSE4_1__)
+#include <immintrin.h>
+#elif defined(__ARM_NEON)
+#include <arm_neon.h>
+#endif
+
+namespace {
+
+constexpr unsigned N = RGB565_VECTOR_BYTES;  // one register
+constexpr unsigned B = N / 4;                // blocks a step: a register of 16-bit pixels a row
+constexpr int kShift = IMGPRC_AFFINE_SHIFT;
+
+typedef int32_t I32 __attribute__((vector_size(N)));
+typedef uint32_t U32 __attribute__((vector_size(N)));
+typedef int16_t I16 __attribute__((vector_size(N)));
+typedef uint16_t U16 __attribute__((vector_size(N)));
+
+#define V_INLINE inline __attribute__((always_inline))
+
+template <class To, class From>
+V_INLINE To As(From v) {
+  static_assert(sizeof(To) == sizeof(From), "same size");
+  To t;
+  memcpy(&t, &v, sizeof t);
+  return t;
+}
+
+template <class V, class M>
+V_INLINE V Select(M mask, V a, V b) {
+  return As<V>((As<M>(a) & mask) | (As<M>(b) & ~mask));
+}
+
+// The intrinsics: minimum and clamps, bytes widened to 32-bit lanes (the generic conversion
+// goes through scalars), the saturating signed 16-bit add, and 32-bit lanes of
+// two registers saturated to 16 bits, in order.
+#if defined(__AVX2__)
+V_INLINE U32 Widen(const uint8_t* p) {
+  return As<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+}
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm256_adds_epi16(As<__m256i>(a), As<__m256i>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm256_min_epi16(As<__m256i>(a), As<__m256i>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(_mm256_min_epi32(_mm256_max_epi32(As<__m256i>(v), _mm256_set1_epi32(-32768)),
+                                  _mm256_set1_epi32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) {
+  return As<I16>(_mm256_permute4x64_epi64(_mm256_packs_epi32(As<__m256i>(a), As<__m256i>(b)), 0xD8));
+}
+#elif defined(__SSE4_1__)
+V_INLINE U32 Widen(const uint8_t* p) {
+  int32_t w;
+  memcpy(&w, p, 4);
+  return As<U32>(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(w)));
+}
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm_adds_epi16(As<__m128i>(a), As<__m128i>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm_min_epi16(As<__m128i>(a), As<__m128i>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(_mm_min_epi32(_mm_max_epi32(As<__m128i>(v), _mm_set1_epi32(-32768)), _mm_set1_epi32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) { return As<I16>(_mm_packs_epi32(As<__m128i>(a), As<__m128i>(b))); }
+#else
+V_INLINE U32 Widen(const uint8_t* p) {
+  uint32_t w;
+  memcpy(&w, p, 4);
+  return As<U32>(vmovl_u16(vget_low_u16(vmovl_u8(vcreate_u8(w)))));
+}
+V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(vqaddq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
+V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(vminq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
+V_INLINE I32 Clamp16(I32 v) {
+  return As<I32>(vminq_s32(vmaxq_s32(As<int32x4_t>(v), vdupq_n_s32(-32768)), vdupq_n_s32(32767)));
+}
+V_INLINE I16 PackSat(I32 a, I32 b) {
+  return As<I16>(vqmovn_high_s32(vqmovn_s32(As<int32x4_t>(a)), As<int32x4_t>(b)));
+}
+#endif
+
+// A chroma term of B samples, saturated to 16 bits and doubled into both
+// halves of each 32-bit lane: the term of block m for its two pixels.
+V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
+  const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
+  const I32 v = Clamp16(As<I32>(i * uint32_t(t.mul[1]) + add) >> kShift);
+  const U32 h = As<U32>(v) & 0xFFFF;
+  return As<I16>(h | h << 16);
+}
+
+// Luma entries of 2B samples minus 32768, saturated to 16 bits.
+V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
+  return PackSat(As<I32>(Widen(p) * mul + add) >> kShift, As<I32>(Widen(p + N / 4) * mul + add) >> kShift);
+}
+
+struct Terms {
+  I16 rh, rq, g, bh, bq;  // see the head of this file
+};
+
+// The three sums of a register of pixels, each clamped to 0..32767 (held
+// as X = sum - 32768 in -32768..-1).
+struct Sums {
+  I16 r, g, b;
+};
+V_INLINE Sums SumsOf(I16 x, const Terms& t) {
+  const I16 m1 = I16{} - 1;
+  return {Min(AddSat(AddSat(x, t.rh), t.rq), m1), Min(AddSat(AddSat(x, t.g), t.g), m1),
+          Min(AddSat(AddSat(x, t.bh), t.bq), m1)};
+}
+
+// RGB565: red sum >> 10, green >> 9, blue >> 10.
+V_INLINE U16 Pixels565(I16 x, const Terms& t) {
+  const Sums s = SumsOf(x, t);
+  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7E0) | ((As<U16>(s.b) >> 10) & 31);
+}
+
+// Opaque RGB555 (green >> 10 too, bit 0 set).
+V_INLINE U16 Pixels555(I16 x, const Terms& t) {
+  const Sums s = SumsOf(x, t);
+  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7C0) | ((As<U16>(s.b) >> 9) & 0x3E) | 1;
+}
+
+// The colour terms of blocks m..m+B-1.
+V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
+  const I16 gcr = ChromaTerm(cr, k.gcr), gcb = ChromaTerm(cb, k.gcb);
+  Terms t;
+  t.rh = ChromaTerm(cr, k.rcr);
+  t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
+  t.bh = ChromaTerm(cb, k.bcb);
+  t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
+  t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
+  return t;
+}
+
+}  // namespace
+
+// The row's inputs copied to locals: its stores go through byte pointers,
+// which could alias the tables in the compiler's view, and would make it
+// reload every one of them each step.
+struct Locals {
+  ImgPrcAffineTables k;
+  const uint8_t *y0, *y1, *cb, *cr;
+  uint8_t *d0, *d1;
+  uint32_t ymul, yadd;
+  explicit Locals(const Rgb565RowPair* rp)
+      : k(rp->ctx->affine),
+        y0(rp->y0),
+        y1(rp->y1),
+        cb(rp->cb),
+        cr(rp->cr),
+        d0(rp->d0),
+        d1(rp->d1),
+        ymul(uint32_t(k.y.mul[1])),
+        yadd(uint32_t(k.y.add[1]) - (uint32_t{32768} << kShift)) {}
+};
+
+void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  const Locals l(rp);
+  for (size_t m = begin; m < end; m += B) {
+    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
+    const U16 p0 = Pixels565(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
+    const U16 p1 = Pixels565(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
+    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
+    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
+  }
+}
+
+// Keyed: a pixel whose own Y, Cb, Cr equal the key's is 0. The chroma match
+// is a 32-bit mask per block, which covers both of its pixels.
+void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  const Locals l(rp);
+  const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
+  auto keyed = [&](const uint8_t* y, U32 chromaMatch) {
+    const I16 match = PackSat(As<I32>(Widen(y) == ky), As<I32>(Widen(y + N / 4) == ky));
+    return As<U16>(match & As<I16>(chromaMatch));
+  };
+  for (size_t m = begin; m < end; m += B) {
+    const U32 cb = Widen(l.cb + m), cr = Widen(l.cr + m);
+    const Terms t = TermsOf(l.k, cb, cr);
+    const U32 chromaMatch = As<U32>((cb == kcb) & (cr == kcr));
+    const U16 p0 = Pixels555(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y0 + 2 * m, chromaMatch);
+    const U16 p1 = Pixels555(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y1 + 2 * m, chromaMatch);
+    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
+    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
+  }
+}
