@@ -9,6 +9,7 @@
 
 #include <vector>
 
+#include "bench/bench_frame.h"
 #include "imageproc/oru_imageproc.h"
 
 namespace {
@@ -44,22 +45,9 @@ void SetCounters(benchmark::State& state) {
 
 void ProcessFrame(benchmark::State& state, uint32_t lumaStride, uint32_t chromaStride) {
   Picture src(lumaStride, chromaStride), dst(lumaStride, chromaStride);
-  ImgPrcCreateParams params = {sizeof params, 0x000, 0, 1, kWidth, kHeight, kWidth, kHeight, 0, 0, 0, 0};
-  void* handle = nullptr;
-  if (ORU_IMAGEPROC_Create(&handle, 0, &params) != IMGPRC_OK) {
-    state.SkipWithError("create failed");
-    return;
-  }
-  ImgPrcFrameParams frame = {sizeof frame, 0, 0};
-  for (auto _ : state) {
-    if (ORU_IMAGEPROC_ProcessFrame(handle, src.planes, src.strides, dst.planes, dst.strides, &frame) !=
-        IMGPRC_OK) {
-      state.SkipWithError("frame failed");
-      break;
-    }
-    benchmark::ClobberMemory();
-  }
-  ORU_IMAGEPROC_Destroy(handle);
+  const ImgPrcCreateParams params = {sizeof params, 0x000,   0, 1, kWidth, kHeight,
+                                     kWidth,        kHeight, 0, 0, 0,      0};
+  TimeFrames(state, params, src.planes, src.strides, dst.planes, dst.strides);
   SetCounters(state);
 }
 

@@ -12,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "bench/bench_frame.h"
 #include "imageproc/oru_imageproc.h"
 
 namespace {
@@ -40,23 +41,10 @@ void ThroughFrameCall(benchmark::State& state, uint32_t format, int cx, int cy, 
   ImgPrcCreateParams p = {};
   p.size = sizeof p, p.format = format, p.resizeMode = IMGPRC_RESIZE_BILINEAR_FAST, p.alpha = 0xFF;
   p.srcWidth = p.dstWidth = kW, p.srcHeight = p.dstHeight = kH;
-  void* h = nullptr;
   std::vector<uint8_t> dst(dstBytes);
   uint8_t* planes[3] = {dst.data(), nullptr, nullptr};
   uint32_t strides[3] = {pitch, 0, 0};
-  ImgPrcFrameParams f = {sizeof f, 1, 0};
-  if (ORU_IMAGEPROC_Create(&h, 0, &p) != IMGPRC_OK) {
-    state.SkipWithError("creation failed");
-    return;
-  }
-  for (auto _ : state) {
-    if (ORU_IMAGEPROC_ProcessFrame(h, src.planes, src.strides, planes, strides, &f) != IMGPRC_OK) {
-      state.SkipWithError("frame call failed");
-      break;
-    }
-    benchmark::ClobberMemory();
-  }
-  ORU_IMAGEPROC_Destroy(h);
+  TimeFrames(state, p, src.planes, src.strides, planes, strides);
   state.SetItemsProcessed(state.iterations() * int64_t{kW} * kH);
 }
 

@@ -9,6 +9,7 @@
 
 #include <vector>
 
+#include "bench/bench_frame.h"
 #include "imageproc/oru_imageproc.h"
 
 namespace {
@@ -38,22 +39,8 @@ Planes I420(uint32_t w, uint32_t h) { return Planes({{w, h}, {w / 2, h / 2}, {w 
 // Runs conversion `format` from src to dst through the frame call.
 void Frame(benchmark::State& state, uint32_t format, uint32_t rotation, uint32_t sw, uint32_t sh, uint32_t dw,
            uint32_t dh, Planes& src, Planes& dst) {
-  ImgPrcCreateParams params = {sizeof params, format, rotation, 1, sw, sh, dw, dh, 0xFF, 0, 0, 0};
-  void* handle = nullptr;
-  if (ORU_IMAGEPROC_Create(&handle, 0, &params) != IMGPRC_OK) {
-    state.SkipWithError("create failed");
-    return;
-  }
-  ImgPrcFrameParams frame = {sizeof frame, 0, 0};
-  for (auto _ : state) {
-    if (ORU_IMAGEPROC_ProcessFrame(handle, src.planes, src.strides, dst.planes, dst.strides, &frame) !=
-        IMGPRC_OK) {
-      state.SkipWithError("frame failed");
-      break;
-    }
-    benchmark::ClobberMemory();
-  }
-  ORU_IMAGEPROC_Destroy(handle);
+  const ImgPrcCreateParams params = {sizeof params, format, rotation, 1, sw, sh, dw, dh, 0xFF, 0, 0, 0};
+  TimeFrames(state, params, src.planes, src.strides, dst.planes, dst.strides);
 }
 
 template <class F>
