@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "kernels/hlerp565_rows.h"
 #include "kernels/yuv_color_step.h"
 
 using scrim::ChromaTerms;
@@ -279,6 +280,15 @@ void VLerp_12(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t count
 
 void HLerp(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width) {
   Stretch(src, step, width, Sink565(out));
+}
+
+// The same blends as HLerp, pair by pair, from any pair on.
+void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line) {
+  Sink565 sink(line->out + 8 * begin);
+  for (size_t k = begin; k < end; ++k) {
+    const uint32_t p = static_cast<uint32_t>(2 * k * line->step);
+    sink.Pair(LinearAt(line->src, p), LinearAt(line->src, p + line->step));
+  }
 }
 
 void HLerpRot(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width, int32_t pixelStep) {

@@ -8,6 +8,7 @@
 #include "deinterlace/deint_filters.h"
 #include "deinterlace/filter_x_rows.h"
 #include "imageproc/color_tables.h"
+#include "kernels/hlerp565_rows.h"
 #include "kernels/yuv420_rgb565_rows.h"
 
 namespace {
@@ -259,6 +260,64 @@ void repeat_rgb16_blocks(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &rp);
 }
 
+// ---- RGB565 stretch ---------------------------------------------------------
+
+// A spread line of random 64-bit entries, cut to exactly the entries the
+// scalar row reads, and a destination with guard bytes on either side.
+struct StretchLine {
+  static constexpr size_t kGuard = 8;
+  std::vector<uint64_t> src;
+  std::vector<uint8_t> dst;
+  StretchLine(size_t end, uint32_t step, std::mt19937& rng)
+      : src(((uint64_t(2 * end - 1) * step) >> 16) + 2), dst(8 * end + 2 * kGuard, 0xA5) {
+    for (uint64_t& e : src) e = uint64_t(rng()) << 32 | rng();
+  }
+  Hlerp565Line Line(uint32_t step) { return {src.data(), dst.data() + kGuard, step}; }
+};
+
+bool check_hlerp565(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  for (size_t n = 1; n <= 5 * pick_row(hlerp565_rows, level).vector.step; ++n)
+    for (unsigned round = 0; round < 16; ++round) {
+      // Steps near one entry and near half of one (the 2x enlargement).
+      const uint32_t step = round % 2 ? 0x10000 - 1 - rng() % 0x2000 : 0x7FF0 + rng() % 32;
+      const size_t begin = rng() % 3, end = begin + n;
+      StretchLine want(end, step, rng), got = want;
+      const Hlerp565Line w = want.Line(step), g = got.Line(step);
+      hlerp565_rows.scalar(begin, end, &w);
+      run_row(PickHlerp565Row(step, int32_t(2 * end), level), begin, end, &g);
+      if (got.dst == want.dst) continue;
+      size_t i = 0;
+      while (got.dst[i] == want.dst[i]) ++i;
+      *failure = "entries " + std::to_string(begin) + ".." + std::to_string(end - 1) + " step " +
+                 std::to_string(step) + ": byte " + std::to_string(long(i) - long(StretchLine::kGuard)) +
+                 " is " + std::to_string(got.dst[i]) + ", the scalar row gives " +
+                 std::to_string(want.dst[i]);
+      return false;
+    }
+  return true;
+}
+
+// 960 entries stretched to 1920 pixels.
+constexpr uint32_t kStretchStep = (959u << 16) / 1919;
+
+void bench_hlerp565(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  StretchLine image(960, kStretchStep, rng);
+  const Hlerp565Line l = image.Line(kStretchStep);
+  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
+  *scalarNs = ns_per_call([&] { hlerp565_rows.scalar(0, 960, &l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &l); });
+}
+
+void repeat_hlerp565(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  StretchLine image(960, kStretchStep, rng);
+  const Hlerp565Line l = image.Line(kStretchStep);
+  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &l);
+}
+
 }  // namespace
 
 const std::vector<RowCheck>& row_checks() {
@@ -270,6 +329,7 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<rgb565_block_rows>, repeat_rgb16_blocks<rgb565_block_rows>},
       {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
        bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
+      {"hlerp565_stretch", check_hlerp565, bench_hlerp565, repeat_hlerp565},
   };
   return checks;
 }
