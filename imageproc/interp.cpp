@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <string.h>
 
-#include "kernels/hlerp565_rows.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/yuv_color_step.h"
 
 using scrim::ChromaTerms;
@@ -257,21 +257,16 @@ void _convert(const ImgPrcContext* ctx, uint32_t* out, uint16_t yPair0, uint16_t
   out[3] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1 >> 8)), t);
 }
 
-// Two entries a round on 32-bit lanes (see Blend4); the high lanes are
-// computed and masked to 0.
+void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines) {
+  const uint64_t w = lines->w;
+  for (size_t i = begin; i < end; ++i)
+    lines->out[i] = (((32 - w) * lines->a[i] + w * lines->b[i]) >> 5) & kSpreadMask;
+}
+
+// The blend row's scalar reference over the whole line.
 void VLerp(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t w, int32_t count) {
-  const uint32_t wb = static_cast<uint32_t>(w);
-  const U32x4 mask = {static_cast<uint32_t>(kSpreadMask), 0, static_cast<uint32_t>(kSpreadMask), 0};
-  int32_t i = 0;
-  for (; i + 2 <= count; i += 2) {
-    U32x4 x, y;
-    memcpy(&x, a + i, 16);
-    memcpy(&y, b + i, 16);
-    const U32x4 v = (((x << 5) + wb * (y - x)) >> 5) & mask;
-    memcpy(out + i, &v, 16);
-  }
-  const uint64_t wb64 = wb;
-  for (; i < count; ++i) out[i] = (((32 - wb64) * a[i] + wb64 * b[i]) >> 5) & kSpreadMask;
+  const VlerpLines lines{a, b, out, static_cast<uint32_t>(w)};
+  vlerp_scalar(0, count > 0 ? static_cast<size_t>(count) : 0, &lines);
 }
 
 void VLerp_12(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t count) {

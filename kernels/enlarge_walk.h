@@ -8,6 +8,7 @@
 #include <stdint.h>
 
 #include "imageproc/interp.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/resize_step.h"
 
 namespace scrim {
@@ -52,7 +53,8 @@ class RowPairConverter {
 // once per frame while the vertical position only moves down.
 class SpreadRowCache {
  public:
-  SpreadRowCache(uint8_t* const* lines, const RowPairConverter& convert) : convert_(convert) {
+  SpreadRowCache(uint8_t* const* lines, const RowPairConverter& convert)
+      : convert_(convert), blendRow_(pick_row(vlerp_rows)) {
     for (int i = 0; i < 3; ++i) slot_[i] = reinterpret_cast<uint64_t*>(lines[i]);
     blend_ = reinterpret_cast<uint64_t*>(lines[3]);
   }
@@ -73,7 +75,9 @@ class SpreadRowCache {
     }
     if (f == 0) return slot_[0];
     if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    VLerp(slot_[0], slot_[1], blend_, f, convert_.width());
+    const VlerpLines v{slot_[0], slot_[1], blend_, static_cast<uint32_t>(f)};
+    run_row(blendRow_, 0, static_cast<size_t>(convert_.width() > 0 ? convert_.width() : 0),
+            static_cast<const VlerpLines*>(&v));
     return blend_;
   }
 
@@ -94,6 +98,7 @@ class SpreadRowCache {
   }
 
   const RowPairConverter& convert_;
+  const VlerpRow blendRow_;  // VLerp's blend, chosen once for the picture
   uint64_t* slot_[3];
   int32_t tag_[3] = {-1, -1, -1};
   uint64_t* blend_;

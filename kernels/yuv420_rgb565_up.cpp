@@ -4,7 +4,7 @@
 #include <stddef.h>
 
 #include "kernels/enlarge_walk.h"
-#include "kernels/hlerp565_rows.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/yuv420_rgb16.h"
 
 using namespace scrim;

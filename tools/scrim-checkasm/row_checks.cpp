@@ -8,7 +8,7 @@
 #include "deinterlace/deint_filters.h"
 #include "deinterlace/filter_x_rows.h"
 #include "imageproc/color_tables.h"
-#include "kernels/hlerp565_rows.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/yuv420_rgb565_rows.h"
 
 namespace {
@@ -318,6 +318,54 @@ void repeat_hlerp565(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &l);
 }
 
+// ---- vertical blend of spread lines -----------------------------------------
+
+struct BlendLines {
+  std::vector<uint64_t> a, b, out;
+  BlendLines(size_t end, std::mt19937& rng) : a(end), b(end), out(end + 2, 0xA5A5A5A5A5A5A5A5u) {
+    for (auto* v : {&a, &b})
+      for (uint64_t& e : *v) e = uint64_t(rng()) << 32 | rng();
+  }
+  VlerpLines Lines(uint32_t w) { return {a.data(), b.data(), out.data() + 1, w}; }
+};
+
+bool check_vlerp(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  for (size_t n = 1; n <= 5 * row.vector.step; ++n)
+    for (uint32_t w = 0; w < 32; ++w) {
+      const size_t begin = rng() % 3, end = begin + n;
+      BlendLines want(end, rng), got = want;
+      const VlerpLines wl = want.Lines(w), gl = got.Lines(w);
+      vlerp_rows.scalar(begin, end, &wl);
+      run_row(row, begin, end, &gl);
+      if (got.out == want.out) continue;
+      size_t i = 0;
+      while (got.out[i] == want.out[i]) ++i;
+      *failure = "entries " + std::to_string(begin) + ".." + std::to_string(end - 1) + " weight " +
+                 std::to_string(w) + ": entry " + std::to_string(long(i) - 1) + " differs";
+      return false;
+    }
+  return true;
+}
+
+void bench_vlerp(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  BlendLines image(1920, rng);
+  const VlerpLines l = image.Lines(13);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  *scalarNs = ns_per_call([&] { vlerp_rows.scalar(0, 1920, &l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 1920, &l); });
+}
+
+void repeat_vlerp(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  BlendLines image(1920, rng);
+  const VlerpLines l = image.Lines(13);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, &l);
+}
+
 }  // namespace
 
 const std::vector<RowCheck>& row_checks() {
@@ -330,6 +378,7 @@ const std::vector<RowCheck>& row_checks() {
       {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
        bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
       {"hlerp565_stretch", check_hlerp565, bench_hlerp565, repeat_hlerp565},
+      {"vlerp_blend", check_vlerp, bench_vlerp, repeat_vlerp},
   };
   return checks;
 }

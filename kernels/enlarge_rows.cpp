@@ -1,15 +1,18 @@
-// The RGB565 stretch row set and the choice a picture call makes (the scalar
-// row lives beside HLerp, in imageproc/interp.cpp).
-#include "kernels/hlerp565_rows.h"
+// The enlargement row sets and the stretch's choice per picture call (the
+// scalar rows live beside HLerp and VLerp, in imageproc/interp.cpp).
+#include "kernels/enlarge_rows.h"
 
 #if defined(__x86_64__)
 const RowSet<const Hlerp565Line*> hlerp565_rows = {
     hlerp565_scalar, {hlerp565_sse41, 2}, {hlerp565_avx2, 4}, {nullptr, 1}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {vlerp_sse41, 2}, {vlerp_avx2, 4}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Hlerp565Line*> hlerp565_rows = {
     hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_neon, 2}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp_neon, 2}};
 #else
 const RowSet<const Hlerp565Line*> hlerp565_rows = {hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 #endif
 
 Hlerp565Row PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {

@@ -1,9 +1,13 @@
-// The RGB565 stretch row in vectors: one portable source (GCC and Clang
-// vector extensions) built once per instruction set by the file that includes
-// it after defining
-//   HLERP565_VECTOR_BYTES  register bytes: a step is one register of 32-bit
-//                          blends, two pixels an output entry
-//   HLERP565_VECTOR_ROW    the name of the row function.
+// The enlargement rows in vectors: one portable source (GCC and Clang vector
+// extensions) built once per instruction set by the file that includes it
+// after defining
+//   ENLARGE_VECTOR_BYTES  register bytes: a step of the stretch is one
+//                         register of 32-bit blends, two pixels an output
+//                         entry; a step of the blend is a register of entries
+//   HLERP565_VECTOR_ROW   the names of the stretch row
+//   VLERP_VECTOR_ROW      and of the blend row.
+//
+// The stretch:
 // A register's positions span at most one entry per pixel, so with a step
 // under one entry its left entries lie in a window of as many consecutive
 // entries as there are lanes, and its right entries in the window one entry
@@ -12,7 +16,8 @@
 // starts at entry 0), so it reads nothing the scalar row would not.
 #include <string.h>
 
-#include "kernels/hlerp565_rows.h"
+#include "imageproc/interp.h"
+#include "kernels/enlarge_rows.h"
 
 #if defined(__AVX2__) || defined(__SSE4_1__)
 #include <immintrin.h>
@@ -22,7 +27,7 @@
 
 namespace {
 
-constexpr unsigned N = HLERP565_VECTOR_BYTES;
+constexpr unsigned N = ENLARGE_VECTOR_BYTES;
 constexpr unsigned L = N / 4;  // pixels a step
 
 typedef uint32_t U32 __attribute__((vector_size(N)));
@@ -38,7 +43,7 @@ V_INLINE To As(From v) {
   return t;
 }
 
-#if HLERP565_VECTOR_BYTES == 32
+#if ENLARGE_VECTOR_BYTES == 32
 #define LANE_ORDER 0, 1, 2, 3, 4, 5, 6, 7
 #define EVEN_LANES 0, 2, 4, 6, 8, 10, 12, 14
 #else
@@ -91,5 +96,22 @@ void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
     U64 e = As<U64>(px);
     e = (e | e >> 16) & 0xFFFFFFFF;
     memcpy(out + 8 * k, &e, N);
+  }
+}
+
+// Only the low 32 bits of an entry reach the masked result, so the blend runs
+// on 32-bit lanes as a * 32 + w * (b - a); the high lanes are masked to 0.
+void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) {
+  const uint64_t* const a = lines->a;
+  const uint64_t* const b = lines->b;
+  uint64_t* const out = lines->out;
+  const uint32_t w = lines->w;
+  const U32 mask = As<U32>(U64{} + kSpreadMask);
+  for (size_t i = begin; i < end; i += N / 8) {
+    U32 x, y;
+    memcpy(&x, a + i, N);
+    memcpy(&y, b + i, N);
+    const U32 v = (((x << 5) + w * (y - x)) >> 5) & mask;
+    memcpy(out + i, &v, N);
   }
 }
