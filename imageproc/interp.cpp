@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include "kernels/enlarge_rows.h"
+#include "kernels/yuv420_rgb565_rows.h"
 #include "kernels/yuv_color_step.h"
 
 using scrim::ChromaTerms;
@@ -240,6 +241,13 @@ void ConvertLines(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1
 void Convert(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
              const uint8_t* cr, uint64_t* out0, uint64_t* out1, int32_t width) {
   ConvertLines<scrim::SpreadRgb>(ctx, y0, y1, cb, cr, out0, out1, width);
+}
+
+void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  ConvertLines<scrim::SpreadRgb>(rp->ctx, rp->y0 + 2 * begin, rp->y1 + 2 * begin, rp->cb + begin,
+                                 rp->cr + begin, reinterpret_cast<uint64_t*>(rp->d0) + 2 * begin,
+                                 reinterpret_cast<uint64_t*>(rp->d1) + 2 * begin,
+                                 static_cast<int32_t>(2 * (end - begin)));
 }
 
 void ConvertBGR(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,

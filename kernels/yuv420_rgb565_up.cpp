@@ -3,8 +3,8 @@
 // then stretched across by one of the line interpolators.
 #include <stddef.h>
 
-#include "kernels/enlarge_walk.h"
 #include "kernels/enlarge_rows.h"
+#include "kernels/enlarge_walk.h"
 #include "kernels/yuv420_rgb16.h"
 
 using namespace scrim;

@@ -174,13 +174,14 @@ TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
   cpu_set_cap(CPU_NEON);
 }
 
-// The bilinear enlargement (its stretch in vector rows) against the same
+// The bilinear enlargement (its conversion, blend and stretch in vector rows) against the same
 // kernel capped to scalar: even source widths as set-up gives them, odd
 // heights and destination sizes, padded strides, line buffers of exactly the
 // entries the kernel may use, destination guards.
 TEST(Rgb565VectorKernel, EnlargementMatchesTheScalarKernel) {
   std::mt19937 rng(12);
   Built t(1, 0, 128, 128, 128);
+  ASSERT_NE(Rgb565RowOf(&t.ctx), nullptr);  // the spread lines take the vector rows too
   for (CpuLevel level : VectorLevels())
     for (int round = 0; round < 60; ++round) {
       const int32_t sw = 2 + 2 * int32_t(rng() % 40), sh = 1 + int32_t(rng() % 30);

@@ -185,8 +185,14 @@ struct Rgb565Rows {
   ImgPrcContext ctx{};
   std::vector<uint8_t> y0, y1, cb, cr, d0, d1;
 
-  Rgb565Rows(size_t blocks, std::mt19937& rng)
-      : y0(2 * blocks), y1(2 * blocks), cb(blocks), cr(blocks), d0(4 * blocks + 2 * kGuard, 0xA5), d1(d0) {
+  // Destination rows of blockBytes a block: 4 for 16-bit pixels, 16 for spread entries.
+  Rgb565Rows(size_t blocks, std::mt19937& rng, size_t blockBytes)
+      : y0(2 * blocks),
+        y1(2 * blocks),
+        cb(blocks),
+        cr(blocks),
+        d0(blockBytes * blocks + 2 * kGuard, 0xA5),
+        d1(d0) {
     ctx.rangeTableY = reinterpret_cast<uint16_t*>(tables);
     ctx.rangeTableCb = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CB_OFFSET);
     ctx.rangeTableCr = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CR_OFFSET);
@@ -204,14 +210,14 @@ struct Rgb565Rows {
 };
 
 // Keyed RGB555 rows get the triple of one of the row's pixels as the key.
-template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed>
+template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed, size_t kBlockBytes = 4>
 bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   for (size_t n = 1; n <= 5 * row.vector.step; ++n)
     for (unsigned round = 0; round < 16; ++round) {
       const size_t begin = rng() % 3, blocks = begin + n + rng() % 2;
-      Rgb565Rows want(blocks, rng);
+      Rgb565Rows want(blocks, rng, kBlockBytes);
       if (want.ctx.affine.rgb565Row == nullptr) {
         *failure = "the range tables were not reproduced by their integer forms";
         return false;
@@ -241,20 +247,20 @@ bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   return true;
 }
 
-template <const RowSet<const Rgb565RowPair*>& kRows>
+template <const RowSet<const Rgb565RowPair*>& kRows, size_t kBlockBytes = 4>
 void bench_rgb16_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
   std::mt19937 rng(1);
-  Rgb565Rows image(1920 / 2, rng);
+  Rgb565Rows image(1920 / 2, rng, kBlockBytes);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   const Rgb565RowPair rp = image.Pair(image);
   *scalarNs = ns_per_call([&] { kRows.scalar(0, 960, &rp); });
   *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &rp); });
 }
 
-template <const RowSet<const Rgb565RowPair*>& kRows>
+template <const RowSet<const Rgb565RowPair*>& kRows, size_t kBlockBytes = 4>
 void repeat_rgb16_blocks(CpuLevel level, unsigned calls) {
   std::mt19937 rng(1);
-  Rgb565Rows image(1920 / 2, rng);
+  Rgb565Rows image(1920 / 2, rng, kBlockBytes);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   const Rgb565RowPair rp = image.Pair(image);
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &rp);
@@ -377,6 +383,8 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<rgb565_block_rows>, repeat_rgb16_blocks<rgb565_block_rows>},
       {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
        bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
+      {"yuv420_spread_blocks", check_rgb16_blocks<spread_block_rows, false, 16>,
+       bench_rgb16_blocks<spread_block_rows, 16>, repeat_rgb16_blocks<spread_block_rows, 16>},
       {"hlerp565_stretch", check_hlerp565, bench_hlerp565, repeat_hlerp565},
       {"vlerp_blend", check_vlerp, bench_vlerp, repeat_vlerp},
   };
