@@ -57,12 +57,22 @@ V_INLINE U32 Permute(U32 v, U32 idx) {
   return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
 }
 #elif defined(__SSE4_1__)
+// Byte indices of the four bytes of lane idx (shifts: a 32-bit multiply is
+// slow on many cores).
+V_INLINE U32 LaneBytes(U32 idx) {
+  const U32 b = idx << 2;
+  return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
+}
 V_INLINE U32 Permute(U32 v, U32 idx) {
-  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(idx * 0x04040404u + 0x03020100u)));
+  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(LaneBytes(idx))));
 }
 #else
+V_INLINE U32 LaneBytes(U32 idx) {
+  const U32 b = idx << 2;
+  return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
+}
 V_INLINE U32 Permute(U32 v, U32 idx) {
-  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(idx * 0x04040404u + 0x03020100u)));
+  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(LaneBytes(idx))));
 }
 #endif
 
