@@ -5,6 +5,8 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "kernels/enlarge_rows.h"
+#include "kernels/yuv420_rgb565_rows.h"
 #include "kernels/yuv_color_step.h"
 
 using scrim::ChromaTerms;
@@ -241,6 +243,13 @@ void Convert(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, con
   ConvertLines<scrim::SpreadRgb>(ctx, y0, y1, cb, cr, out0, out1, width);
 }
 
+void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  ConvertLines<scrim::SpreadRgb>(rp->ctx, rp->y0 + 2 * begin, rp->y1 + 2 * begin, rp->cb + begin,
+                                 rp->cr + begin, reinterpret_cast<uint64_t*>(rp->d0) + 2 * begin,
+                                 reinterpret_cast<uint64_t*>(rp->d1) + 2 * begin,
+                                 static_cast<int32_t>(2 * (end - begin)));
+}
+
 void ConvertBGR(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
                 const uint8_t* cr, uint64_t* out0, uint64_t* out1, int32_t width) {
   ConvertLines<scrim::SpreadBgr>(ctx, y0, y1, cb, cr, out0, out1, width);
@@ -256,21 +265,16 @@ void _convert(const ImgPrcContext* ctx, uint32_t* out, uint16_t yPair0, uint16_t
   out[3] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1 >> 8)), t);
 }
 
-// Two entries a round on 32-bit lanes (see Blend4); the high lanes are
-// computed and masked to 0.
+void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines) {
+  const uint64_t w = lines->w;
+  for (size_t i = begin; i < end; ++i)
+    lines->out[i] = (((32 - w) * lines->a[i] + w * lines->b[i]) >> 5) & kSpreadMask;
+}
+
+// The blend row's scalar reference over the whole line.
 void VLerp(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t w, int32_t count) {
-  const uint32_t wb = static_cast<uint32_t>(w);
-  const U32x4 mask = {static_cast<uint32_t>(kSpreadMask), 0, static_cast<uint32_t>(kSpreadMask), 0};
-  int32_t i = 0;
-  for (; i + 2 <= count; i += 2) {
-    U32x4 x, y;
-    memcpy(&x, a + i, 16);
-    memcpy(&y, b + i, 16);
-    const U32x4 v = (((x << 5) + wb * (y - x)) >> 5) & mask;
-    memcpy(out + i, &v, 16);
-  }
-  const uint64_t wb64 = wb;
-  for (; i < count; ++i) out[i] = (((32 - wb64) * a[i] + wb64 * b[i]) >> 5) & kSpreadMask;
+  const VlerpLines lines{a, b, out, static_cast<uint32_t>(w)};
+  vlerp_scalar(0, count > 0 ? static_cast<size_t>(count) : 0, &lines);
 }
 
 void VLerp_12(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t count) {
@@ -279,6 +283,15 @@ void VLerp_12(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t count
 
 void HLerp(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width) {
   Stretch(src, step, width, Sink565(out));
+}
+
+// The same blends as HLerp, pair by pair, from any pair on.
+void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line) {
+  Sink565 sink(line->out + 8 * begin);
+  for (size_t k = begin; k < end; ++k) {
+    const uint32_t p = static_cast<uint32_t>(2 * k * line->step);
+    sink.Pair(LinearAt(line->src, p), LinearAt(line->src, p + line->step));
+  }
 }
 
 void HLerpRot(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width, int32_t pixelStep) {

@@ -8,7 +8,9 @@
 #include <stdint.h>
 
 #include "imageproc/interp.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/resize_step.h"
+#include "kernels/yuv420_rgb565_rows.h"
 
 namespace scrim {
 
@@ -30,12 +32,30 @@ class RowPairConverter {
  public:
   RowPairConverter(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides,
                    int32_t width, SpreadConvert convert)
-      : ctx_(ctx), src_(src), strides_(strides), width_(width), convert_(convert) {}
+      : ctx_(ctx), src_(src), strides_(strides), width_(width), convert_(convert) {
+    // Convert has vector rows, for tables their integer forms reproduce
+    // (the same condition as the RGB565 rows'); chosen once for the picture.
+    if (convert == Convert && Rgb565RowOf(ctx) != nullptr) row_ = pick_row(spread_block_rows);
+  }
   void operator()(int32_t r, uint64_t* out0, uint64_t* out1) const {
     const uint8_t* y0 = src_[0] + static_cast<ptrdiff_t>(r) * strides_[0];
     const ptrdiff_t c = r >> 1;
-    convert_(ctx_, y0, y0 + strides_[0], src_[1] + c * strides_[1], src_[2] + c * strides_[2], out0, out1,
-             width_);
+    const uint8_t* cb = src_[1] + c * strides_[1];
+    const uint8_t* cr = src_[2] + c * strides_[2];
+    if (row_.vector.fn == nullptr) {
+      convert_(ctx_, y0, y0 + strides_[0], cb, cr, out0, out1, width_);
+      return;
+    }
+    const Rgb565RowPair rp{y0,
+                           y0 + strides_[0],
+                           cb,
+                           cr,
+                           reinterpret_cast<uint8_t*>(out0),
+                           reinterpret_cast<uint8_t*>(out1),
+                           ctx_,
+                           0};
+    const size_t pairs = width_ >> 1 < 1 ? 1 : static_cast<size_t>(width_ >> 1);
+    run_row(row_, 0, pairs, static_cast<const Rgb565RowPair*>(&rp));
   }
   int32_t width() const { return width_; }
 
@@ -45,6 +65,7 @@ class RowPairConverter {
   const uint32_t* strides_;
   int32_t width_;
   SpreadConvert convert_;
+  Rgb565Row row_{{nullptr, 1}, {nullptr, 1}, spread_block_rows.scalar};
 };
 
 // Three-slot cache of converted source rows (slots A, B, C tagged with their
@@ -52,7 +73,8 @@ class RowPairConverter {
 // once per frame while the vertical position only moves down.
 class SpreadRowCache {
  public:
-  SpreadRowCache(uint8_t* const* lines, const RowPairConverter& convert) : convert_(convert) {
+  SpreadRowCache(uint8_t* const* lines, const RowPairConverter& convert)
+      : convert_(convert), blendRow_(pick_row(vlerp_rows)) {
     for (int i = 0; i < 3; ++i) slot_[i] = reinterpret_cast<uint64_t*>(lines[i]);
     blend_ = reinterpret_cast<uint64_t*>(lines[3]);
   }
@@ -73,7 +95,9 @@ class SpreadRowCache {
     }
     if (f == 0) return slot_[0];
     if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    VLerp(slot_[0], slot_[1], blend_, f, convert_.width());
+    const VlerpLines v{slot_[0], slot_[1], blend_, static_cast<uint32_t>(f)};
+    run_row(blendRow_, 0, static_cast<size_t>(convert_.width() > 0 ? convert_.width() : 0),
+            static_cast<const VlerpLines*>(&v));
     return blend_;
   }
 
@@ -94,6 +118,7 @@ class SpreadRowCache {
   }
 
   const RowPairConverter& convert_;
+  const VlerpRow blendRow_;  // VLerp's blend, chosen once for the picture
   uint64_t* slot_[3];
   int32_t tag_[3] = {-1, -1, -1};
   uint64_t* blend_;

@@ -37,6 +37,16 @@ void rgb555_key_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
 void rgb555_key_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
 
 extern const RowSet<const Rgb565RowPair*> rgb555_key_block_rows;
+
+// Spread lines of the enlarging kernels (Convert, imageproc/interp.h), the
+// same walk and terms; d0 and d1 are the two lines, block m writing bytes
+// 16m..16m+15 of each.
+void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+
+extern const RowSet<const Rgb565RowPair*> spread_block_rows;
 using Rgb565Row = Row<const Rgb565RowPair*>;
 
 // The rows an instance chose when its tables were built (RGB565, keyed

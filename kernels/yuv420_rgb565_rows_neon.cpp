@@ -1,7 +1,8 @@
-// The RGB565 and keyed RGB555 block rows for NEON, 4 blocks a step.
+// The RGB565, keyed RGB555 and spread-line block rows for NEON, 4 blocks a step.
 #if defined(__aarch64__)
 #define RGB565_VECTOR_BYTES 16
 #define RGB565_VECTOR_ROW rgb565_blocks_neon
 #define RGB555_VECTOR_ROW rgb555_key_blocks_neon
+#define SPREAD_VECTOR_ROW spread_blocks_neon
 #include "kernels/yuv420_rgb565_vector.h"
 #endif

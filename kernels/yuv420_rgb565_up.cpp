@@ -3,6 +3,7 @@
 // then stretched across by one of the line interpolators.
 #include <stddef.h>
 
+#include "kernels/enlarge_rows.h"
 #include "kernels/enlarge_walk.h"
 #include "kernels/yuv420_rgb16.h"
 
@@ -24,8 +25,14 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565RszUp(ImgPrcContext* ctx, uint
   if (!HasLines(lineBuffers, 4)) return 0xFFFFFFFFu;
   const uint32_t sx = static_cast<uint32_t>(ResizeStep(srcWidth, dstWidth));
   const ptrdiff_t rowBytes = WideRowBytes(pitch);
+  // HLerp's blends through its row set, chosen once for the picture.
+  const Hlerp565Row stretch = PickHlerp565Row(sx, dstWidth);
+  const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
   EnlargeRows(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
-              [&](const uint64_t* line, int32_t j) { HLerp(line, dst + j * rowBytes, sx, dstWidth); });
+              [&](const uint64_t* line, int32_t j) {
+                const Hlerp565Line l{line, dst + j * rowBytes, sx};
+                run_row(stretch, 0, pairs, static_cast<const Hlerp565Line*>(&l));
+              });
   return 0;
 }
 

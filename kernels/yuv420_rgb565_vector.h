@@ -4,7 +4,8 @@
 //   RGB565_VECTOR_BYTES   register bytes: a step is one register of 16-bit
 //                         pixels a row, a quarter of them blocks
 //   RGB565_VECTOR_ROW     the names of the RGB565 row function
-//   RGB555_VECTOR_ROW     and of the keyed RGB555 one.
+//   RGB555_VECTOR_ROW     of the keyed RGB555 one
+//   SPREAD_VECTOR_ROW     and of the spread-line one (imageproc/interp.h).
 // Terms come from the tables' integer forms in 32-bit lanes; the pixel step
 // is taken on 16-bit lanes with saturating adds (the only intrinsic):
 // with X = L - 32768, X + term saturated and capped at -1 stands for the sum
@@ -198,5 +199,47 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
     const U16 p1 = Pixels555(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y1 + 2 * m, chromaMatch);
     memcpy(l.d0 + 4 * m, &p0, sizeof p0);
     memcpy(l.d1 + 4 * m, &p1, sizeof p1);
+  }
+}
+
+// Spread entries: red and green are the sums >> 9 (6 bits), blue >> 10. Each
+// pixel is built as its two 16-bit halves, which are interleaved, then
+// interleaved with zeros for the high 32 bits of its entry (a widening
+// conversion would go lane by lane on some targets).
+#if RGB565_VECTOR_BYTES == 32
+#define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23
+#define ZIP16_HI 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31
+#define ZIP32_LO 0, 8, 1, 9, 2, 10, 3, 11
+#define ZIP32_HI 4, 12, 5, 13, 6, 14, 7, 15
+#else
+#define ZIP16_LO 0, 8, 1, 9, 2, 10, 3, 11
+#define ZIP16_HI 4, 12, 5, 13, 6, 14, 7, 15
+#define ZIP32_LO 0, 4, 1, 5
+#define ZIP32_HI 2, 6, 3, 7
+#endif
+
+namespace {
+
+V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
+  const Sums s = SumsOf(x, t);
+  const U16 lo = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
+  const U16 hi = (As<U16>(s.r) >> 9 & 63) << 5;
+  const U32 z{};
+  const U32 a = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO)));
+  const U32 b = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)));
+  const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
+                    __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
+  memcpy(d, e, sizeof e);
+}
+
+}  // namespace
+
+// Block m writes entries 2m and 2m + 1 of each line: 16 bytes from 16m.
+void SPREAD_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  const Locals l(rp);
+  for (size_t m = begin; m < end; m += B) {
+    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
+    StoreSpread(l.d0 + 16 * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
+    StoreSpread(l.d1 + 16 * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
   }
 }

@@ -2,6 +2,7 @@
 // the lookup kernels, at every instruction-set level this CPU offers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -170,6 +171,45 @@ TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
         ASSERT_EQ(got, want);
       }
   }
+  cpu_set_cap(CPU_NEON);
+}
+
+// The bilinear enlargement (its conversion, blend and stretch in vector rows) against the same
+// kernel capped to scalar: even source widths as set-up gives them, odd
+// heights and destination sizes, padded strides, line buffers of exactly the
+// entries the kernel may use, destination guards.
+TEST(Rgb565VectorKernel, EnlargementMatchesTheScalarKernel) {
+  std::mt19937 rng(12);
+  Built t(1, 0, 128, 128, 128);
+  ASSERT_NE(Rgb565RowOf(&t.ctx), nullptr);  // the spread lines take the vector rows too
+  for (CpuLevel level : VectorLevels())
+    for (int round = 0; round < 60; ++round) {
+      const int32_t sw = 2 + 2 * int32_t(rng() % 40), sh = 1 + int32_t(rng() % 30);
+      const int32_t dw = sw + 1 + int32_t(rng() % (2 * sw + 8)), dh = sh + 1 + int32_t(rng() % 40);
+      const uint32_t strides[3] = {uint32_t(sw + rng() % 5), uint32_t(sw / 2 + rng() % 4), 0};
+      std::vector<uint8_t> planes[3];
+      planes[0].resize(strides[0] * (sh + 1) + sw);  // rows one past the last: the walk may read them
+      planes[1].resize(strides[1] * (sh / 2 + 1) + sw / 2);
+      planes[2].resize(planes[1].size());
+      for (auto& p : planes)
+        for (auto& v : p) v = uint8_t(rng());
+      const uint8_t* src[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
+      const int32_t pitch = 4 * (dw / 2 + 1) + int32_t(rng() % 4);
+      const size_t guard = 64, bytes = size_t((pitch >> 2) * 8) * (dh - 1) + 8 * (dw / 2);
+      std::vector<uint8_t> out[2];
+      for (int cap = 0; cap < 2; ++cap) {
+        std::vector<std::vector<uint64_t>> lines(4, std::vector<uint64_t>(size_t(std::max(sw + 1, 4))));
+        uint8_t* lb[4];
+        for (int i = 0; i < 4; ++i) lb[i] = reinterpret_cast<uint8_t*>(lines[i].data());
+        cpu_set_cap(cap ? level : CPU_SCALAR);
+        out[cap].assign(bytes + 2 * guard, 0x5A);
+        _ORUYCbCr420ToRGB565RszUp(&t.ctx, lb, src, strides, sw, sh, out[cap].data() + guard, pitch, dw, dh);
+      }
+      SCOPED_TRACE(testing::Message()
+                   << cpu_level_name(level) << " " << sw << "x" << sh << " to " << dw << "x" << dh);
+      ASSERT_EQ(out[1], out[0]);
+      for (size_t i = 0; i < guard; ++i) ASSERT_TRUE(out[0][i] == 0x5A && out[0][guard + bytes + i] == 0x5A);
+    }
   cpu_set_cap(CPU_NEON);
 }
 

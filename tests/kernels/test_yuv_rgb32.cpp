@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "imageproc/color_affine.h"
 #include "imageproc/oru_imageproc.h"
 #include "kernels/yuv420_rgb32.h"
 #include "kernels/yuv422444_rgb.h"
@@ -205,6 +206,8 @@ TEST_P(Rgb8Frame, MatchesTheMemberItsCaseSelects) {
     memcpy(ctx.rangeTableY, t.y.data(), 512);
     memcpy(ctx.rangeTableCb, t.cb.data(), 2048);
     memcpy(ctx.rangeTableCr, t.cr.data(), 2048);
+    // Refitted as a rebuild would: the vector rows follow the integer forms.
+    ImgPrcFitAffineTables(ctx.rangeTableY, ctx.rangeTableCb, ctx.rangeTableCr, &ctx.affine);
     Picture pic = MakePicture(r, rt.sw, rt.sh);
     Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
     Render(r, cv, t, pic, pitch, MakeOffsets(int(rt.rotation), r.dw, r.dh, pitch, PixelBytes(r.f)));

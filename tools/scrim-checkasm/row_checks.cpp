@@ -8,6 +8,7 @@
 #include "deinterlace/deint_filters.h"
 #include "deinterlace/filter_x_rows.h"
 #include "imageproc/color_tables.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/yuv420_rgb565_rows.h"
 
 namespace {
@@ -184,8 +185,14 @@ struct Rgb565Rows {
   ImgPrcContext ctx{};
   std::vector<uint8_t> y0, y1, cb, cr, d0, d1;
 
-  Rgb565Rows(size_t blocks, std::mt19937& rng)
-      : y0(2 * blocks), y1(2 * blocks), cb(blocks), cr(blocks), d0(4 * blocks + 2 * kGuard, 0xA5), d1(d0) {
+  // Destination rows of blockBytes a block: 4 for 16-bit pixels, 16 for spread entries.
+  Rgb565Rows(size_t blocks, std::mt19937& rng, size_t blockBytes)
+      : y0(2 * blocks),
+        y1(2 * blocks),
+        cb(blocks),
+        cr(blocks),
+        d0(blockBytes * blocks + 2 * kGuard, 0xA5),
+        d1(d0) {
     ctx.rangeTableY = reinterpret_cast<uint16_t*>(tables);
     ctx.rangeTableCb = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CB_OFFSET);
     ctx.rangeTableCr = reinterpret_cast<int64_t*>(tables + IMGPRC_RANGE_CR_OFFSET);
@@ -203,14 +210,14 @@ struct Rgb565Rows {
 };
 
 // Keyed RGB555 rows get the triple of one of the row's pixels as the key.
-template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed>
+template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed, size_t kBlockBytes = 4>
 bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   for (size_t n = 1; n <= 5 * row.vector.step; ++n)
     for (unsigned round = 0; round < 16; ++round) {
       const size_t begin = rng() % 3, blocks = begin + n + rng() % 2;
-      Rgb565Rows want(blocks, rng);
+      Rgb565Rows want(blocks, rng, kBlockBytes);
       if (want.ctx.affine.rgb565Row == nullptr) {
         *failure = "the range tables were not reproduced by their integer forms";
         return false;
@@ -240,23 +247,129 @@ bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   return true;
 }
 
-template <const RowSet<const Rgb565RowPair*>& kRows>
+template <const RowSet<const Rgb565RowPair*>& kRows, size_t kBlockBytes = 4>
 void bench_rgb16_blocks(CpuLevel level, double* scalarNs, double* chosenNs) {
   std::mt19937 rng(1);
-  Rgb565Rows image(1920 / 2, rng);
+  Rgb565Rows image(1920 / 2, rng, kBlockBytes);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   const Rgb565RowPair rp = image.Pair(image);
   *scalarNs = ns_per_call([&] { kRows.scalar(0, 960, &rp); });
   *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &rp); });
 }
 
-template <const RowSet<const Rgb565RowPair*>& kRows>
+template <const RowSet<const Rgb565RowPair*>& kRows, size_t kBlockBytes = 4>
 void repeat_rgb16_blocks(CpuLevel level, unsigned calls) {
   std::mt19937 rng(1);
-  Rgb565Rows image(1920 / 2, rng);
+  Rgb565Rows image(1920 / 2, rng, kBlockBytes);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
   const Rgb565RowPair rp = image.Pair(image);
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &rp);
+}
+
+// ---- RGB565 stretch ---------------------------------------------------------
+
+// A spread line of random 64-bit entries, cut to exactly the entries the
+// scalar row reads, and a destination with guard bytes on either side.
+struct StretchLine {
+  static constexpr size_t kGuard = 8;
+  std::vector<uint64_t> src;
+  std::vector<uint8_t> dst;
+  StretchLine(size_t end, uint32_t step, std::mt19937& rng)
+      : src(((uint64_t(2 * end - 1) * step) >> 16) + 2), dst(8 * end + 2 * kGuard, 0xA5) {
+    for (uint64_t& e : src) e = uint64_t(rng()) << 32 | rng();
+  }
+  Hlerp565Line Line(uint32_t step) { return {src.data(), dst.data() + kGuard, step}; }
+};
+
+bool check_hlerp565(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  for (size_t n = 1; n <= 5 * pick_row(hlerp565_rows, level).vector.step; ++n)
+    for (unsigned round = 0; round < 16; ++round) {
+      // Steps near one entry and near half of one (the 2x enlargement).
+      const uint32_t step = round % 2 ? 0x10000 - 1 - rng() % 0x2000 : 0x7FF0 + rng() % 32;
+      const size_t begin = rng() % 3, end = begin + n;
+      StretchLine want(end, step, rng), got = want;
+      const Hlerp565Line w = want.Line(step), g = got.Line(step);
+      hlerp565_rows.scalar(begin, end, &w);
+      run_row(PickHlerp565Row(step, int32_t(2 * end), level), begin, end, &g);
+      if (got.dst == want.dst) continue;
+      size_t i = 0;
+      while (got.dst[i] == want.dst[i]) ++i;
+      *failure = "entries " + std::to_string(begin) + ".." + std::to_string(end - 1) + " step " +
+                 std::to_string(step) + ": byte " + std::to_string(long(i) - long(StretchLine::kGuard)) +
+                 " is " + std::to_string(got.dst[i]) + ", the scalar row gives " +
+                 std::to_string(want.dst[i]);
+      return false;
+    }
+  return true;
+}
+
+// 960 entries stretched to 1920 pixels.
+constexpr uint32_t kStretchStep = (959u << 16) / 1919;
+
+void bench_hlerp565(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  StretchLine image(960, kStretchStep, rng);
+  const Hlerp565Line l = image.Line(kStretchStep);
+  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
+  *scalarNs = ns_per_call([&] { hlerp565_rows.scalar(0, 960, &l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &l); });
+}
+
+void repeat_hlerp565(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  StretchLine image(960, kStretchStep, rng);
+  const Hlerp565Line l = image.Line(kStretchStep);
+  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &l);
+}
+
+// ---- vertical blend of spread lines -----------------------------------------
+
+struct BlendLines {
+  std::vector<uint64_t> a, b, out;
+  BlendLines(size_t end, std::mt19937& rng) : a(end), b(end), out(end + 2, 0xA5A5A5A5A5A5A5A5u) {
+    for (auto* v : {&a, &b})
+      for (uint64_t& e : *v) e = uint64_t(rng()) << 32 | rng();
+  }
+  VlerpLines Lines(uint32_t w) { return {a.data(), b.data(), out.data() + 1, w}; }
+};
+
+bool check_vlerp(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  for (size_t n = 1; n <= 5 * row.vector.step; ++n)
+    for (uint32_t w = 0; w < 32; ++w) {
+      const size_t begin = rng() % 3, end = begin + n;
+      BlendLines want(end, rng), got = want;
+      const VlerpLines wl = want.Lines(w), gl = got.Lines(w);
+      vlerp_rows.scalar(begin, end, &wl);
+      run_row(row, begin, end, &gl);
+      if (got.out == want.out) continue;
+      size_t i = 0;
+      while (got.out[i] == want.out[i]) ++i;
+      *failure = "entries " + std::to_string(begin) + ".." + std::to_string(end - 1) + " weight " +
+                 std::to_string(w) + ": entry " + std::to_string(long(i) - 1) + " differs";
+      return false;
+    }
+  return true;
+}
+
+void bench_vlerp(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  BlendLines image(1920, rng);
+  const VlerpLines l = image.Lines(13);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  *scalarNs = ns_per_call([&] { vlerp_rows.scalar(0, 1920, &l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 1920, &l); });
+}
+
+void repeat_vlerp(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  BlendLines image(1920, rng);
+  const VlerpLines l = image.Lines(13);
+  const VlerpRow row = pick_row(vlerp_rows, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, &l);
 }
 
 }  // namespace
@@ -270,6 +383,10 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<rgb565_block_rows>, repeat_rgb16_blocks<rgb565_block_rows>},
       {"yuv420_rgb555_key_blocks", check_rgb16_blocks<rgb555_key_block_rows, true>,
        bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
+      {"yuv420_spread_blocks", check_rgb16_blocks<spread_block_rows, false, 16>,
+       bench_rgb16_blocks<spread_block_rows, 16>, repeat_rgb16_blocks<spread_block_rows, 16>},
+      {"hlerp565_stretch", check_hlerp565, bench_hlerp565, repeat_hlerp565},
+      {"vlerp_blend", check_vlerp, bench_vlerp, repeat_vlerp},
   };
   return checks;
 }

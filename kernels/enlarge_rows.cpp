@@ -1,0 +1,27 @@
+// The enlargement row sets and the stretch's choice per picture call (the
+// scalar rows live beside HLerp and VLerp, in imageproc/interp.cpp).
+#include "kernels/enlarge_rows.h"
+
+#if defined(__x86_64__)
+const RowSet<const Hlerp565Line*> hlerp565_rows = {
+    hlerp565_scalar, {hlerp565_sse41, 2}, {hlerp565_avx2, 4}, {nullptr, 1}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {vlerp_sse41, 2}, {vlerp_avx2, 4}, {nullptr, 1}};
+#elif defined(__aarch64__)
+const RowSet<const Hlerp565Line*> hlerp565_rows = {
+    hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_neon, 2}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp_neon, 2}};
+#else
+const RowSet<const Hlerp565Line*> hlerp565_rows = {hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+#endif
+
+Hlerp565Row PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {
+  const Hlerp565Row chosen = pick_row(hlerp565_rows, level);
+  const Hlerp565Row scalar{{nullptr, 1}, {nullptr, 1}, hlerp565_rows.scalar};
+  const uint64_t pairs = width >> 1 < 1 ? 1 : static_cast<uint64_t>(width >> 1);
+  const uint64_t lastPos = (2 * pairs - 1) * step;
+  // Entries the scalar row reads: 0 .. (last position >> 16) + 1; a window
+  // anchored at entry 0 reads 0 .. pixels a step.
+  const bool fits = lastPos >> 32 == 0 && (lastPos >> 16) + 1 >= 2 * chosen.vector.step;
+  return step < 0x10000 && fits ? chosen : scalar;
+}

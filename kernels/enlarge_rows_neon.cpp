@@ -1,0 +1,7 @@
+// The enlargement rows (RGB565 stretch, vertical blend) for NEON.
+#if defined(__aarch64__)
+#define ENLARGE_VECTOR_BYTES 16
+#define HLERP565_VECTOR_ROW hlerp565_neon
+#define VLERP_VECTOR_ROW vlerp_neon
+#include "kernels/enlarge_rows_vector.h"
+#endif

@@ -1,0 +1,7 @@
+// The enlargement rows (RGB565 stretch, vertical blend) for SSE4.1.
+#if defined(__x86_64__)
+#define ENLARGE_VECTOR_BYTES 16
+#define HLERP565_VECTOR_ROW hlerp565_sse41
+#define VLERP_VECTOR_ROW vlerp_sse41
+#include "kernels/enlarge_rows_vector.h"
+#endif

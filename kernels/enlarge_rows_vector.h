@@ -1,0 +1,127 @@
+// The enlargement rows in vectors: one portable source (GCC and Clang vector
+// extensions) built once per instruction set by the file that includes it
+// after defining
+//   ENLARGE_VECTOR_BYTES  register bytes: a step of the stretch is one
+//                         register of 32-bit blends, two pixels an output
+//                         entry; a step of the blend is a register of entries
+//   HLERP565_VECTOR_ROW   the names of the stretch row
+//   VLERP_VECTOR_ROW      and of the blend row.
+//
+// The stretch:
+// A register's positions span at most one entry per pixel, so with a step
+// under one entry its left entries lie in a window of as many consecutive
+// entries as there are lanes, and its right entries in the window one entry
+// on: each is a variable permute of the window's low halves (the only
+// intrinsic). The window ends at the last right entry the register needs (or
+// starts at entry 0), so it reads nothing the scalar row would not.
+#include <string.h>
+
+#include "imageproc/interp.h"
+#include "kernels/enlarge_rows.h"
+
+#if defined(__AVX2__) || defined(__SSE4_1__)
+#include <immintrin.h>
+#elif defined(__ARM_NEON)
+#include <arm_neon.h>
+#endif
+
+namespace {
+
+constexpr unsigned N = ENLARGE_VECTOR_BYTES;
+constexpr unsigned L = N / 4;  // pixels a step
+
+typedef uint32_t U32 __attribute__((vector_size(N)));
+typedef uint64_t U64 __attribute__((vector_size(N)));
+
+#define V_INLINE inline __attribute__((always_inline))
+
+template <class To, class From>
+V_INLINE To As(From v) {
+  static_assert(sizeof(To) == sizeof(From), "same size");
+  To t;
+  memcpy(&t, &v, sizeof t);
+  return t;
+}
+
+#if ENLARGE_VECTOR_BYTES == 32
+#define LANE_ORDER 0, 1, 2, 3, 4, 5, 6, 7
+#define EVEN_LANES 0, 2, 4, 6, 8, 10, 12, 14
+#else
+#define LANE_ORDER 0, 1, 2, 3
+#define EVEN_LANES 0, 2, 4, 6
+#endif
+
+// Lanes of v picked by idx (each 0..L-1).
+#if defined(__AVX2__)
+V_INLINE U32 Permute(U32 v, U32 idx) {
+  return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
+}
+#elif defined(__SSE4_1__)
+// Byte indices of the four bytes of lane idx (shifts: a 32-bit multiply is
+// slow on many cores).
+V_INLINE U32 LaneBytes(U32 idx) {
+  const U32 b = idx << 2;
+  return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
+}
+V_INLINE U32 Permute(U32 v, U32 idx) {
+  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(LaneBytes(idx))));
+}
+#else
+V_INLINE U32 LaneBytes(U32 idx) {
+  const U32 b = idx << 2;
+  return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
+}
+V_INLINE U32 Permute(U32 v, U32 idx) {
+  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(LaneBytes(idx))));
+}
+#endif
+
+// The low halves of entries e..e+L-1.
+V_INLINE U32 LowHalves(const uint64_t* e) {
+  U32 r0, r1;
+  memcpy(&r0, e, N);
+  memcpy(&r1, e + L / 2, N);
+  return __builtin_shufflevector(r0, r1, EVEN_LANES);
+}
+
+}  // namespace
+
+// Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
+// HLerp's sink does.
+void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
+  const uint64_t* const src = line->src;
+  uint8_t* const out = line->out;
+  const uint32_t step = line->step;
+  const U32 offsets = U32{LANE_ORDER} * step;
+  for (size_t k = begin; k < end; k += L / 2) {
+    const U32 pos = static_cast<uint32_t>(2 * k * step) + offsets;
+    const U32 idx = pos >> 16;
+    const uint32_t last = idx[L - 1];
+    const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
+    const U32 rel = idx - first;
+    const U32 a = Permute(LowHalves(src + first), rel);
+    const U32 b = Permute(LowHalves(src + first + 1), rel);
+    const U32 v = (a << 5) + ((pos >> 11) & 31) * (b - a);
+    const U32 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
+    U64 e = As<U64>(px);
+    e = (e | e >> 16) & 0xFFFFFFFF;
+    memcpy(out + 8 * k, &e, N);
+  }
+}
+
+// Only the low 32 bits of an entry reach the masked result, so the blend runs
+// on 32-bit lanes as a * 32 + w * (b - a); the high lanes are masked to 0.
+void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) {
+  const uint64_t* const a = lines->a;
+  const uint64_t* const b = lines->b;
+  uint64_t* const out = lines->out;
+  const uint32_t w = lines->w;
+  const U32 mask = As<U32>(U64{} + kSpreadMask);
+  for (size_t i = begin; i < end; i += N / 8) {
+    U32 x, y;
+    memcpy(&x, a + i, N);
+    memcpy(&y, b + i, N);
+    const U32 v = (((x << 5) + w * (y - x)) >> 5) & mask;
+    memcpy(out + i, &v, N);
+  }
+}
