@@ -18,6 +18,7 @@
 
 #include "imageproc/interp.h"
 #include "kernels/enlarge_rows.h"
+#include "kernels/isa_vector.h"
 
 #if defined(__AVX2__) || defined(__SSE4_1__)
 #include <immintrin.h>
@@ -32,16 +33,6 @@ constexpr unsigned L = N / 4;  // pixels a step
 
 typedef uint32_t U32 __attribute__((vector_size(N)));
 typedef uint64_t U64 __attribute__((vector_size(N)));
-
-#define V_INLINE inline __attribute__((always_inline))
-
-template <class To, class From>
-V_INLINE To As(From v) {
-  static_assert(sizeof(To) == sizeof(From), "same size");
-  To t;
-  memcpy(&t, &v, sizeof t);
-  return t;
-}
 
 #if ENLARGE_VECTOR_BYTES == 32
 #define LANE_ORDER 0, 1, 2, 3, 4, 5, 6, 7

@@ -18,6 +18,7 @@
 #include <string.h>
 
 #include "imageproc/color_affine.h"
+#include "kernels/isa_vector.h"
 #include "kernels/yuv420_rgb565_rows.h"
 
 #if defined(__AVX2__) || defined(__SSE4_1__)
@@ -36,16 +37,6 @@ typedef int32_t I32 __attribute__((vector_size(N)));
 typedef uint32_t U32 __attribute__((vector_size(N)));
 typedef int16_t I16 __attribute__((vector_size(N)));
 typedef uint16_t U16 __attribute__((vector_size(N)));
-
-#define V_INLINE inline __attribute__((always_inline))
-
-template <class To, class From>
-V_INLINE To As(From v) {
-  static_assert(sizeof(To) == sizeof(From), "same size");
-  To t;
-  memcpy(&t, &v, sizeof t);
-  return t;
-}
 
 template <class V, class M>
 V_INLINE V Select(M mask, V a, V b) {
