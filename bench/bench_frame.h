@@ -1,12 +1,21 @@
-// The timed loop shared by the benchmarks that go through the image
-// processor's frame call: one instance made from `params`, each iteration one
-// frame from `src` to `dst`.
+// The timed loops shared by the benchmarks: any call (the libyuv side), and
+// the image processor's frame call (one instance made from `params`, each
+// iteration one frame from `src` to `dst`).
 #pragma once
 
 #include <benchmark/benchmark.h>
 #include <stdint.h>
 
 #include "imageproc/oru_imageproc.h"
+
+// Times `call`, with the memory it wrote treated as read after each round.
+template <class F>
+inline void TimeCalls(benchmark::State& state, F call) {
+  for (auto _ : state) {
+    call();
+    benchmark::ClobberMemory();
+  }
+}
 
 // A refused creation or frame ends the benchmark with an error rather than
 // timing a call that did nothing.

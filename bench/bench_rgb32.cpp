@@ -56,11 +56,10 @@ BENCHMARK(BM_Argb32_I420_SameSize_1080p);
 void BM_Libyuv_I420ToARGB_1080p(benchmark::State& state) {
   Planar src(2, 2);
   std::vector<uint8_t> dst(size_t{kW} * kH * 4);
-  for (auto _ : state) {
+  TimeCalls(state, [&] {
     libyuv::I420ToARGB(src.planes[0], kW, src.planes[1], kW / 2, src.planes[2], kW / 2, dst.data(), kW * 4,
                        kW, kH);
-    benchmark::ClobberMemory();
-  }
+  });
   state.SetItemsProcessed(state.iterations() * int64_t{kW} * kH);
 }
 BENCHMARK(BM_Libyuv_I420ToARGB_1080p);
@@ -73,11 +72,10 @@ BENCHMARK(BM_Rgb565_I422_SameSize_1080p);
 void BM_Libyuv_I422ToRGB565_1080p(benchmark::State& state) {
   Planar src(2, 1);
   std::vector<uint8_t> dst(size_t{kW} * kH * 2);
-  for (auto _ : state) {
+  TimeCalls(state, [&] {
     libyuv::I422ToRGB565(src.planes[0], kW, src.planes[1], kW / 2, src.planes[2], kW / 2, dst.data(), kW * 2,
                          kW, kH);
-    benchmark::ClobberMemory();
-  }
+  });
   state.SetItemsProcessed(state.iterations() * int64_t{kW} * kH);
 }
 BENCHMARK(BM_Libyuv_I422ToRGB565_1080p);
@@ -91,11 +89,10 @@ BENCHMARK(BM_Rgb565_I444_SameSize_1080p);
 void BM_Libyuv_I444ToARGB_ARGBToRGB565_1080p(benchmark::State& state) {
   Planar src(1, 1);
   std::vector<uint8_t> argb(size_t{kW} * kH * 4), dst(size_t{kW} * kH * 2);
-  for (auto _ : state) {
+  TimeCalls(state, [&] {
     libyuv::I444ToARGB(src.planes[0], kW, src.planes[1], kW, src.planes[2], kW, argb.data(), kW * 4, kW, kH);
     libyuv::ARGBToRGB565(argb.data(), kW * 4, dst.data(), kW * 2, kW, kH);
-    benchmark::ClobberMemory();
-  }
+  });
   state.SetItemsProcessed(state.iterations() * int64_t{kW} * kH);
 }
 BENCHMARK(BM_Libyuv_I444ToARGB_ARGBToRGB565_1080p);

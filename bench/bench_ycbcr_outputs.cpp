@@ -43,14 +43,6 @@ void Frame(benchmark::State& state, uint32_t format, uint32_t rotation, uint32_t
   TimeFrames(state, params, src.planes, src.strides, dst.planes, dst.strides);
 }
 
-template <class F>
-void Loop(benchmark::State& state, F f) {
-  for (auto _ : state) {
-    f();
-    benchmark::ClobberMemory();
-  }
-}
-
 constexpr uint32_t W = 1920, H = 1080, W7 = 1280, H7 = 720;
 
 void BM_I420ToNV12_Scrim(benchmark::State& s) {
@@ -59,7 +51,7 @@ void BM_I420ToNV12_Scrim(benchmark::State& s) {
 }
 void BM_I420ToNV12_Libyuv(benchmark::State& s) {
   Planes a = I420(W, H), b({{W, H}, {W, H / 2}});
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::I420ToNV12(a.planes[0], W, a.planes[1], W / 2, a.planes[2], W / 2, b.planes[0], W, b.planes[1], W,
                        W, H);
   });
@@ -70,7 +62,7 @@ void BM_I420ToYUY2_Scrim(benchmark::State& s) {
 }
 void BM_I420ToYUY2_Libyuv(benchmark::State& s) {
   Planes a = I420(W, H), b({{2 * W, H}});
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::I420ToYUY2(a.planes[0], W, a.planes[1], W / 2, a.planes[2], W / 2, b.planes[0], 2 * W, W, H);
   });
 }
@@ -80,7 +72,7 @@ void BM_I420ToUYVY_Scrim(benchmark::State& s) {
 }
 void BM_I420ToUYVY_Libyuv(benchmark::State& s) {
   Planes a = I420(W, H), b({{2 * W, H}});
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::I420ToUYVY(a.planes[0], W, a.planes[1], W / 2, a.planes[2], W / 2, b.planes[0], 2 * W, W, H);
   });
 }
@@ -90,7 +82,7 @@ void BM_NV12ToI420_Scrim(benchmark::State& s) {
 }
 void BM_NV12ToI420_Libyuv(benchmark::State& s) {
   Planes a({{W, H}, {W, H / 2}}), b = I420(W, H);
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::NV12ToI420(a.planes[0], W, a.planes[1], W, b.planes[0], W, b.planes[1], W / 2, b.planes[2], W / 2,
                        W, H);
   });
@@ -102,7 +94,7 @@ void BM_I420Rotate90_Scrim(benchmark::State& s) {
 }
 void BM_I420Rotate90_Libyuv(benchmark::State& s) {
   Planes a = I420(W, H), b = I420(H, W);
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::I420Rotate(a.planes[0], W, a.planes[1], W / 2, a.planes[2], W / 2, b.planes[0], H, b.planes[1],
                        H / 2, b.planes[2], H / 2, W, H, libyuv::kRotate90);
   });
@@ -111,7 +103,7 @@ void BM_I420Rotate90_Libyuv(benchmark::State& s) {
 void Scale(benchmark::State& s, bool libyuvSide, uint32_t sw, uint32_t sh, uint32_t dw, uint32_t dh) {
   Planes a({{sw, sh + 1}, {sw / 2, sh / 2 + 1}, {sw / 2, sh / 2 + 1}}), b = I420(dw, dh);
   if (!libyuvSide) return Frame(s, 0x000, 0, sw, sh, dw, dh, a, b);
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::I420Scale(a.planes[0], sw, a.planes[1], sw / 2, a.planes[2], sw / 2, sw, sh, b.planes[0], dw,
                       b.planes[1], dw / 2, b.planes[2], dw / 2, dw, dh, libyuv::kFilterBilinear);
   });
@@ -126,7 +118,7 @@ void BM_ARGBToI420_Scrim(benchmark::State& s) {
 }
 void BM_ARGBToI420_Libyuv(benchmark::State& s) {
   Planes a({{4 * W, H}}), b = I420(W, H);
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::ARGBToI420(a.planes[0], 4 * W, b.planes[0], W, b.planes[1], W / 2, b.planes[2], W / 2, W, H);
   });
 }
@@ -137,7 +129,7 @@ void BM_RGB565ToI420_Scrim(benchmark::State& s) {
 }
 void BM_RGB565ToI420_Libyuv(benchmark::State& s) {
   Planes a({{2 * W, H}}), b = I420(W, H);
-  Loop(s, [&] {
+  TimeCalls(s, [&] {
     libyuv::RGB565ToI420(a.planes[0], 2 * W, b.planes[0], W, b.planes[1], W / 2, b.planes[2], W / 2, W, H);
   });
 }
