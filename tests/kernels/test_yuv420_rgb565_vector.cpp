@@ -8,11 +8,11 @@
 
 #include "imageproc/color_tables.h"
 #include "imageproc/cpu_features.h"
+#include "kernel_ref.h"
 #include "kernels/yuv420_rgb16.h"
 #include "kernels/yuv420_rgb565_rows.h"
-#include "rgb16_ref.h"
 
-using namespace rgb16test;
+using namespace kref;
 
 namespace {
 
@@ -21,11 +21,18 @@ struct Built {
   alignas(8) uint8_t block[256 * 18];
   ImgPrcContext ctx{};
   Built(uint32_t matrix, uint32_t range, int b, int c, int s) {
+    Attach();
+    UpdateColorMatrix(&ctx, matrix, range);
+    ImgPrcBuildRangeTables(&ctx, b, c, s);
+  }
+  Built(const Built& o) : ctx(o.ctx) {
+    memcpy(block, o.block, sizeof block);
+    Attach();
+  }
+  void Attach() {
     ctx.rangeTableY = reinterpret_cast<uint16_t*>(block);
     ctx.rangeTableCb = reinterpret_cast<int64_t*>(block + IMGPRC_RANGE_CB_OFFSET);
     ctx.rangeTableCr = reinterpret_cast<int64_t*>(block + IMGPRC_RANGE_CR_OFFSET);
-    UpdateColorMatrix(&ctx, matrix, range);
-    ImgPrcBuildRangeTables(&ctx, b, c, s);
   }
 };
 
@@ -44,48 +51,37 @@ template <class Quad>
 void ExpectRowMatches(const Built& t, const std::vector<uint8_t>& cb, const std::vector<uint8_t>& cr,
                       Quad quad, const uint32_t* key = nullptr) {
   const size_t n = cb.size();
-  std::vector<uint8_t> y0(2 * n), y1(2 * n);
-  for (size_t m = 0; m < n; ++m) quad(m, &y0[2 * m], &y1[2 * m]);
-  std::vector<uint16_t> d0(2 * n), d1(2 * n);
-  uint8_t* out[2] = {reinterpret_cast<uint8_t*>(d0.data()), reinterpret_cast<uint8_t*>(d1.data())};
-  const Rgb565RowPair rp{y0.data(), y1.data(), cb.data(), cr.data(), out[0], out[1], &t.ctx, key ? *key : 0};
+  std::vector<uint8_t> y[2] = {std::vector<uint8_t>(2 * n), std::vector<uint8_t>(2 * n)};
+  for (size_t m = 0; m < n; ++m) quad(m, &y[0][2 * m], &y[1][2 * m]);
+  std::vector<uint16_t> d[2] = {std::vector<uint16_t>(2 * n), std::vector<uint16_t>(2 * n)};
+  const Rgb565RowPair rp{y[0].data(),
+                         y[1].data(),
+                         cb.data(),
+                         cr.data(),
+                         reinterpret_cast<uint8_t*>(d[0].data()),
+                         reinterpret_cast<uint8_t*>(d[1].data()),
+                         &t.ctx,
+                         key ? *key : 0};
   const Rgb565Row* row = key ? Rgb555KeyRowOf(&t.ctx) : Rgb565RowOf(&t.ctx);
   ASSERT_NE(row, nullptr) << "tables not reproduced";
   run_row(*row, 0, n, &rp);
   const Tables ref(t.ctx);
-  auto want = [&](uint8_t y, uint8_t b, uint8_t r) {
-    return key ? Ref555(ref, y, b, r, *key) : Ref565(ref, y, b, r);
-  };
-  for (size_t i = 0; i < 2 * n; ++i) {
-    ASSERT_EQ(d0[i], want(y0[i], cb[i / 2], cr[i / 2]))
-        << "Y " << int(y0[i]) << " Cb " << int(cb[i / 2]) << " Cr " << int(cr[i / 2]);
-    ASSERT_EQ(d1[i], want(y1[i], cb[i / 2], cr[i / 2]))
-        << "Y " << int(y1[i]) << " Cb " << int(cb[i / 2]) << " Cr " << int(cr[i / 2]);
-  }
+  for (int r = 0; r < 2; ++r)
+    for (size_t i = 0; i < 2 * n; ++i) {
+      const uint8_t yv = y[r][i], b = cb[i / 2], c = cr[i / 2];
+      ASSERT_EQ(d[r][i], key ? Ref555(ref, yv, b, c, *key) : Ref565(ref, yv, b, c))
+          << "Y " << int(yv) << " Cb " << int(b) << " Cr " << int(c);
+    }
 }
 
-TEST(Rgb565VectorRow, EveryTripleOfTheNeutralTables) {
-  std::vector<uint8_t> cb(65536), cr(65536);
-  for (size_t m = 0; m < 65536; ++m) cb[m] = uint8_t(m), cr[m] = uint8_t(m >> 8);
-  for (CpuLevel level : VectorLevels()) {
-    cpu_set_cap(level);
-    for (uint32_t matrix = 0; matrix < 4; ++matrix)
-      for (uint32_t range = 0; range < 2; ++range) {
-        SCOPED_TRACE(testing::Message()
-                     << cpu_level_name(level) << " matrix " << matrix << " range " << range);
-        const Built t(matrix, range, 128, 128, 128);
-        for (uint8_t q = 0; q < 64; ++q)
-          ExpectRowMatches(t, cb, cr, [q](size_t, uint8_t* a, uint8_t* b) {
-            a[0] = 4 * q, a[1] = 4 * q + 1, b[0] = 4 * q + 2, b[1] = 4 * q + 3;
-          });
-      }
-  }
-  cpu_set_cap(CPU_NEON);
-}
-
-TEST(Rgb565VectorRow, AdjustedTablesOnRandomTriples) {
-  const int values[] = {-5, 0, 64, 128, 200, 255, 300};  // and the clamps beyond
+// Every triple of the neutral tables of each matrix and range; random triples
+// (and keyed RGB555) of the tables adjusted in brightness, contrast and
+// saturation, up to the clamps beyond.
+TEST(Rgb565VectorRow, MatchesTheFormulas) {
+  const int values[] = {-5, 0, 64, 128, 200, 255, 300};
   std::mt19937 rng(5);
+  std::vector<uint8_t> all[2] = {std::vector<uint8_t>(65536), std::vector<uint8_t>(65536)};
+  for (size_t m = 0; m < 65536; ++m) all[0][m] = uint8_t(m), all[1][m] = uint8_t(m >> 8);
   std::vector<uint8_t> cb(1031), cr(1031);
   for (CpuLevel level : VectorLevels()) {
     cpu_set_cap(level);
@@ -96,6 +92,11 @@ TEST(Rgb565VectorRow, AdjustedTablesOnRandomTriples) {
             SCOPED_TRACE(testing::Message() << cpu_level_name(level) << " matrix/range " << mr << " adjust "
                                             << b << " " << c << " " << s);
             const Built t(mr / 2, mr % 2, b, c, s);
+            if (b == 128 && c == 128 && s == 128)
+              for (uint8_t q = 0; q < 64; ++q)
+                ExpectRowMatches(t, all[0], all[1], [q](size_t, uint8_t* a, uint8_t* d) {
+                  a[0] = 4 * q, a[1] = 4 * q + 1, d[0] = 4 * q + 2, d[1] = 4 * q + 3;
+                });
             for (size_t m = 0; m < cb.size(); ++m) cb[m] = uint8_t(rng()), cr[m] = uint8_t(rng());
             auto quad = [&](size_t, uint8_t* a, uint8_t* d) {
               a[0] = uint8_t(rng()), a[1] = uint8_t(rng()), d[0] = uint8_t(rng()), d[1] = uint8_t(rng());
@@ -120,97 +121,70 @@ TEST(Rgb565VectorRow, TablesThatAreNotAffineKeepTheLookups) {
   EXPECT_EQ(Rgb565RowOf(&random.ctx), nullptr);
 }
 
-// Random pictures of every width up to past two AVX2 steps, odd heights,
-// padded and odd strides, planes cut to the bytes the kernel may read,
-// destinations with guard bytes around: plain, through each rotation and
-// keyed RGB555 (rotation -2), against the same tables with the lookup walk.
+// Random pictures (odd heights, padded and odd strides, planes cut to the
+// bytes the kernel may read, destinations with guard bytes around) through a
+// kernel with the vector rows and through the same kernel on its lookup walk
+// (`vec` false). Kernels: -2 keyed RGB555, -1 plain, 0..5 rotated, 6 the
+// bilinear enlargement (its conversion, blend and stretch in vector rows, the
+// lookup side capped to scalar), every width up to past two AVX2 steps.
+std::vector<uint8_t> RunKernel(int kernel, bool vec, CpuLevel level, const Built& tables,
+                               const uint8_t* const* src, const uint32_t* strides, int32_t w, int32_t h,
+                               int32_t dw, int32_t dh, int64_t stride, size_t bytes) {
+  constexpr size_t kGuard = 64;
+  Built t = tables;
+  if (!vec && kernel != 6) t.ctx.affine.rgb565Row = nullptr;
+  cpu_set_cap(vec ? level : CPU_SCALAR);
+  std::vector<uint8_t> out(bytes + 2 * kGuard, 0x5A);
+  uint8_t* dst = out.data() + kGuard;
+  const RecordOffsets o =
+      MakeOffsets(kernel <= 5 ? std::max(kernel, 0) : 0, w + (w & 1), h + (h & 1), stride);
+  ImgPrcRotationRecord rec = MakeRecord(o, dst);
+  t.ctx.rotationRecord = &rec;
+  std::vector<Line> lines(4, Line(size_t(std::max(w + 1, 4))));
+  uint8_t* lb[4] = {nullptr, nullptr, nullptr, nullptr};
+  for (int i = 0; i < 4; ++i) lb[i] = reinterpret_cast<uint8_t*>(lines[i].data());
+  const uint32_t key = uint32_t(src[0][1]) << 16 | uint32_t(src[1][0]) << 8 | src[2][0];
+  if (kernel == -2) _ORUYCbCr420ToRGB555(&t.ctx, src, strides, w, h, dst, int32_t(stride), key);
+  if (kernel == -1) _ORUYCbCr420ToRGB565(&t.ctx, src, strides, w, h, dst, int32_t(stride));
+  if (kernel >= 0 && kernel <= 5) _ORUYCbCr420ToRGB565Rot(&t.ctx, src, strides, w, h);
+  if (kernel == 6) _ORUYCbCr420ToRGB565RszUp(&t.ctx, lb, src, strides, w, h, dst, int32_t(stride), dw, dh);
+  cpu_set_cap(CPU_NEON);
+  for (size_t i = 0; i < kGuard; ++i) EXPECT_TRUE(out[i] == 0x5A && out[kGuard + bytes + i] == 0x5A) << i;
+  return out;
+}
+
 TEST(Rgb565VectorKernel, MatchesTheLookupKernelOnRandomPictures) {
   std::mt19937 rng(11);
-  for (CpuLevel level : VectorLevels()) {
-    cpu_set_cap(level);
-    Built vec(1, 0, 150, 170, 190);
-    Built look = vec;
-    look.ctx.rangeTableY = reinterpret_cast<uint16_t*>(look.block);
-    look.ctx.rangeTableCb = reinterpret_cast<int64_t*>(look.block + IMGPRC_RANGE_CB_OFFSET);
-    look.ctx.rangeTableCr = reinterpret_cast<int64_t*>(look.block + IMGPRC_RANGE_CR_OFFSET);
-    look.ctx.affine.rgb565Row = nullptr;
-    ASSERT_NE(Rgb565RowOf(&vec.ctx), nullptr);
-    for (int32_t w = 1; w <= 70; ++w)
-      for (int rotation = -2; rotation <= 5; ++rotation) {
-        const int32_t h = 1 + 2 * int32_t(rng() % 3) + (w % 2), blocks = (w + 1) / 2, pairs = (h + 1) / 2;
+  const Built tables(1, 0, 150, 170, 190);
+  ASSERT_NE(Rgb565RowOf(&tables.ctx), nullptr);
+  for (CpuLevel level : VectorLevels())
+    for (int kernel = -2; kernel <= 6; ++kernel)
+      for (int32_t round = 1; round <= 70; ++round) {
+        const bool up = kernel == 6;  // even source widths, as set-up gives the enlargement
+        const int32_t w = up ? 2 + 2 * int32_t(rng() % 40) : round;
+        const int32_t h = up ? 1 + int32_t(rng() % 30) : 1 + 2 * int32_t(rng() % 3) + (w % 2);
+        const int32_t dw = w + 1 + int32_t(rng() % (2 * w + 8)), dh = h + 1 + int32_t(rng() % 40);
+        const int32_t blocks = (w + 1) / 2, pairs = (h + 1) / 2;
         const uint32_t strides[3] = {uint32_t(2 * blocks + rng() % 5), uint32_t(blocks + rng() % 4), 0};
+        // The enlargement may read the row past the last.
+        const size_t rows = up ? size_t(h) + 1 : 2 * size_t(pairs) - 1, crows = up ? h / 2 + 1 : pairs - 1;
         std::vector<uint8_t> planes[3];
-        planes[0].resize(strides[0] * (2 * pairs - 1) + 2 * blocks);
-        planes[1].resize(strides[1] * (pairs - 1) + blocks);
+        planes[0].resize(strides[0] * rows + 2 * blocks);
+        planes[1].resize(strides[1] * crows + blocks);
         planes[2].resize(planes[1].size());
         for (auto& p : planes)
           for (auto& v : p) v = uint8_t(rng());
         const uint8_t* src[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
-        const int64_t guard = 64, pw = 2 * blocks, ph = 2 * pairs;
-        const int64_t stride = (rotation == 1 || rotation == 2 ? 2 * ph : 2 * pw) + int64_t(rng() % 3);
-        std::vector<uint8_t> want(size_t(2 * guard + stride * (QuarterTurn(rotation) ? pw : ph)), 0x5A);
-        std::vector<uint8_t> got = want;
-        SCOPED_TRACE(testing::Message()
-                     << cpu_level_name(level) << " " << w << "x" << h << " rotation " << rotation);
-        if (rotation == -2) {
-          const uint32_t key = uint32_t(src[0][1]) << 16 | uint32_t(src[1][0]) << 8 | src[2][0];
-          _ORUYCbCr420ToRGB555(&look.ctx, src, strides, w, h, want.data() + guard, int32_t(stride), key);
-          _ORUYCbCr420ToRGB555(&vec.ctx, src, strides, w, h, got.data() + guard, int32_t(stride), key);
-        } else if (rotation < 0) {
-          _ORUYCbCr420ToRGB565(&look.ctx, src, strides, w, h, want.data() + guard, int32_t(stride));
-          _ORUYCbCr420ToRGB565(&vec.ctx, src, strides, w, h, got.data() + guard, int32_t(stride));
-        } else {
-          const RecordOffsets o = MakeOffsets(rotation, pw, ph, stride);
-          ImgPrcRotationRecord rw = MakeRecord(o, want.data() + guard),
-                               rg = MakeRecord(o, got.data() + guard);
-          look.ctx.rotationRecord = &rw;
-          vec.ctx.rotationRecord = &rg;
-          _ORUYCbCr420ToRGB565Rot(&look.ctx, src, strides, w, h);
-          _ORUYCbCr420ToRGB565Rot(&vec.ctx, src, strides, w, h);
-        }
-        ASSERT_EQ(got, want);
+        const int64_t stride = up ? 4 * (dw / 2 + 1) + int64_t(rng() % 4)
+                                  : 2 * (QuarterTurn(kernel) ? 2 * pairs : 2 * blocks) + int64_t(rng() % 3);
+        const size_t bytes = up ? size_t((stride >> 2) * 8) * (dh - 1) + 8 * (dw / 2)
+                                : size_t(stride * (QuarterTurn(kernel) ? 2 * blocks : 2 * pairs));
+        SCOPED_TRACE(testing::Message() << cpu_level_name(level) << " kernel " << kernel << " " << w << "x"
+                                        << h << " to " << dw << "x" << dh);
+        ASSERT_EQ(RunKernel(kernel, true, level, tables, src, strides, w, h, dw, dh, stride, bytes),
+                  RunKernel(kernel, false, level, tables, src, strides, w, h, dw, dh, stride, bytes));
+        if (up && round == 60) break;
       }
-  }
-  cpu_set_cap(CPU_NEON);
-}
-
-// The bilinear enlargement (its conversion, blend and stretch in vector rows) against the same
-// kernel capped to scalar: even source widths as set-up gives them, odd
-// heights and destination sizes, padded strides, line buffers of exactly the
-// entries the kernel may use, destination guards.
-TEST(Rgb565VectorKernel, EnlargementMatchesTheScalarKernel) {
-  std::mt19937 rng(12);
-  Built t(1, 0, 128, 128, 128);
-  ASSERT_NE(Rgb565RowOf(&t.ctx), nullptr);  // the spread lines take the vector rows too
-  for (CpuLevel level : VectorLevels())
-    for (int round = 0; round < 60; ++round) {
-      const int32_t sw = 2 + 2 * int32_t(rng() % 40), sh = 1 + int32_t(rng() % 30);
-      const int32_t dw = sw + 1 + int32_t(rng() % (2 * sw + 8)), dh = sh + 1 + int32_t(rng() % 40);
-      const uint32_t strides[3] = {uint32_t(sw + rng() % 5), uint32_t(sw / 2 + rng() % 4), 0};
-      std::vector<uint8_t> planes[3];
-      planes[0].resize(strides[0] * (sh + 1) + sw);  // rows one past the last: the walk may read them
-      planes[1].resize(strides[1] * (sh / 2 + 1) + sw / 2);
-      planes[2].resize(planes[1].size());
-      for (auto& p : planes)
-        for (auto& v : p) v = uint8_t(rng());
-      const uint8_t* src[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
-      const int32_t pitch = 4 * (dw / 2 + 1) + int32_t(rng() % 4);
-      const size_t guard = 64, bytes = size_t((pitch >> 2) * 8) * (dh - 1) + 8 * (dw / 2);
-      std::vector<uint8_t> out[2];
-      for (int cap = 0; cap < 2; ++cap) {
-        std::vector<std::vector<uint64_t>> lines(4, std::vector<uint64_t>(size_t(std::max(sw + 1, 4))));
-        uint8_t* lb[4];
-        for (int i = 0; i < 4; ++i) lb[i] = reinterpret_cast<uint8_t*>(lines[i].data());
-        cpu_set_cap(cap ? level : CPU_SCALAR);
-        out[cap].assign(bytes + 2 * guard, 0x5A);
-        _ORUYCbCr420ToRGB565RszUp(&t.ctx, lb, src, strides, sw, sh, out[cap].data() + guard, pitch, dw, dh);
-      }
-      SCOPED_TRACE(testing::Message()
-                   << cpu_level_name(level) << " " << sw << "x" << sh << " to " << dw << "x" << dh);
-      ASSERT_EQ(out[1], out[0]);
-      for (size_t i = 0; i < guard; ++i) ASSERT_TRUE(out[0][i] == 0x5A && out[0][guard + bytes + i] == 0x5A);
-    }
-  cpu_set_cap(CPU_NEON);
 }
 
 }  // namespace

@@ -1,0 +1,339 @@
+// The YCbCr to RGB565 / RGB555 / ARGB32 / ABGR32 / RGB888 kernels against the
+// shared references: called directly (odd sizes, tight pitches, every
+// rotation) and through the frame call (set-up picks the member by resize
+// case). Random tables, narrow and wide (wide ones push most channels into the
+// clamps); sources cut to exactly the bytes the reference reads, destinations
+// and line buffers exactly as large as what it writes.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "imageproc/color_affine.h"
+#include "imageproc/oru_imageproc.h"
+#include "kernel_ref.h"
+#include "kernels/yuv420_rgb16.h"
+#include "kernels/yuv420_rgb32.h"
+#include "kernels/yuv422444_rgb.h"
+#include "kernels/yuv_color_step.h"
+
+using namespace kref;
+
+namespace {
+
+constexpr uint32_t kNo = 0xFFFFFFFFu;
+
+uint32_t CallKernel(const KRun& r, ImgPrcContext* ctx, Picture& pic, uint8_t* dst, int32_t pitch,
+                    const RecordOffsets& ro, uint32_t key) {
+  const int32_t sw = r.sw, sh = r.sh, dw = r.dw, dh = r.dh;
+  const auto* src = pic.planes();
+  uint32_t* st = pic.strides();
+  ImgPrcRotationRecord rec = MakeRecord(ro, dst);
+  // Steps are used rounded down to whole pixels: an odd step means the even one below.
+  if (r.pad != 0) rec.stepX |= 1, rec.stepY |= 1;
+  ctx->rotationRecord = &rec;
+  LineSet spread(std::max<size_t>(sw + 1, 4) * 8);
+  switch (r.m) {
+    case M::Plain:
+      if (r.f == Fam::Argb) return _ORUYCbCr420ToARGB32(ctx, src, st, sw, sh, dst, pitch, r.alpha);
+      if (r.f == Fam::Rgb888) return _ORUYCbCr420ToRGB888(ctx, src, st, sw, sh, dst, pitch);
+      return _ORUYCbCr420ToRGB565(ctx, src, st, sw, sh, dst, pitch);
+    case M::Plain422:
+      return _ORUYCbCr422ToRGB565(ctx, src, st, sw, sh, dst, pitch);
+    case M::Rgb555:
+      return _ORUYCbCr420ToRGB555(ctx, src, st, sw, sh, dst, pitch, key);
+    case M::Rot:
+      return _ORUYCbCr420ToRGB565Rot(ctx, src, st, sw, sh);
+    case M::Rsz:
+      return _ORUYCbCr420ToRGB565Rsz(ctx, src, st, sw, sh, dst, pitch, dw, dh);
+    case M::RszRot:
+      return _ORUYCbCr420ToRGB565RszRot(ctx, src, st, sw, sh, dw, dh);
+    case M::RszUp:
+      return _ORUYCbCr420ToRGB565RszUp(ctx, spread.ptr, src, st, sw, sh, dst, pitch, dw, dh);
+    case M::Nearest: {
+      LineSet lines(std::max(sw, 2) * 2);
+      return _ORUYCbCr420ToRGB565RszUp_Nearest(ctx, lines.ptr, src, st, sw, sh, dst, pitch, dw, dh);
+    }
+    case M::NearLinear: {
+      LineSet lines(std::max(sw, 2) * 8);
+      return _ORUYCbCr420ToRGB565RszUp_NearLinear(ctx, lines.ptr, src, st, sw, sh, dst, pitch, dw, dh);
+    }
+    case M::RszUpRot:
+      return _ORUYCbCr420ToRGB565RszUpRot(ctx, spread.ptr, src, st, sw, sh, dst + ro.pix[0], ro.stepY / 2,
+                                          ro.stepX / 2, dw, dh);
+    case M::Case1:
+      return _ORUYCbCr420ToRGB565Case1(ctx, spread.ptr, src, st, sw, dst, pitch, dh);
+    case M::Case2:
+      return _ORUYCbCr420ToRGB565Case2(ctx, spread.ptr, src, st, sw, sh, dst, pitch, dh);
+    case M::Case3: {
+      LineSet lines(320 * 4, 2);
+      return _ORUYCbCr420ToRGB565Case3(ctx, lines.ptr[0], lines.ptr[1], src, st, dst, pitch);
+    }
+    default:
+      return 1;
+  }
+}
+
+std::vector<KRun> DirectRuns() {
+  struct Size {
+    int32_t sw, sh, dw, dh;
+  };
+  std::vector<KRun> runs;
+  auto add = [&](M m, std::initializer_list<Size> sizes, std::initializer_list<int> rots,
+                 std::initializer_list<int32_t> pads, Fam f = Fam::Rgb565) {
+    for (int rot : rots)
+      for (const Size s : sizes)
+        for (int32_t pad : pads) runs.push_back({m, f, s.sw, s.sh, s.dw, s.dh, rot, pad, 0x80});
+  };
+  const auto same = {Size{2, 2, 2, 2}, {1, 1, 1, 1},     {5, 3, 5, 3},
+                     {16, 8, 16, 8},   {33, 17, 33, 17}, {64, 2, 64, 2}};
+  add(M::Plain, same, {0}, {0, 6});
+  add(M::Rgb555, same, {0}, {4});
+  // Odd sizes are walked as the next even one (set-up never hands them over);
+  // an odd pitch is used rounded down.
+  add(M::Plain, {{5, 3, 5, 3}}, {0}, {5}, Fam::Argb);
+  add(M::Plain, {{1, 1, 1, 1}}, {0}, {3}, Fam::Rgb888);
+  add(M::Plain422, {{5, 3, 5, 3}}, {0}, {3});
+  add(M::Rot, {{2, 2, 2, 2}, {8, 4, 8, 4}, {6, 10, 6, 10}}, {0, 1, 2, 3, 4, 5}, {0, 6});
+  add(M::Rsz,
+      {{16, 12, 6, 4},
+       {10, 8, 15, 4},
+       {6, 4, 13, 9},
+       {8, 8, 1, 1},
+       {8, 6, 1, 5},
+       {9, 7, 5, 3},
+       {4, 4, 4, 4},
+       {32, 18, 48, 26}},
+      {0}, {8});
+  add(M::RszRot, {{12, 10, 6, 4}, {6, 4, 10, 8}, {8, 8, 2, 2}}, {0, 1, 2, 3, 4, 5}, {0, 4});
+  // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2 and
+  // rows 7 and 8 chroma row 3.
+  add(M::RszUp,
+      {{4, 4, 8, 8},
+       {6, 4, 9, 7},
+       {8, 6, 1, 1},
+       {10, 8, 16, 30},
+       {16, 6, 24, 9},
+       {12, 11, 12, 13},
+       {20, 10, 8, 6},
+       {2, 2, 3, 2},
+       {8, 11, 8, 5}},
+      {0}, {0, 6});
+  // A smaller destination skips whole pairs; repeated rows copy half a wide row.
+  const auto nearest = {Size{4, 4, 8, 8}, {6, 4, 9, 7}, {8, 6, 16, 12},   {10, 8, 10, 17}, {2, 2, 3, 5},
+                        {8, 8, 1, 1},     {6, 6, 7, 1}, {12, 10, 30, 21}, {16, 12, 6, 4},  {14, 9, 7, 3}};
+  add(M::Nearest, nearest, {0}, {0, 5});
+  add(M::NearLinear, nearest, {0}, {0, 5});
+  add(M::RszUpRot, {{4, 4, 8, 6}, {6, 4, 10, 10}, {8, 6, 12, 8}}, {1, 2, 3, 4, 5}, {0, 6});
+  add(M::Case2, {{8, 4, 12, 8}, {16, 8, 24, 6}, {4, 6, 6, 9}, {12, 2, 18, 1}}, {0}, {4});
+  // Destination heights 2 x source, and 6 (written as 8) and 1 (written as 4).
+  add(M::Case1, {{8, 4, 20, 8}, {4, 2, 10, 4}, {12, 8, 30, 6}, {16, 4, 40, 1}}, {0}, {2});
+  add(M::Case3, {{320, 240, 480, 272}}, {0}, {0, 40});
+  return runs;
+}
+
+std::string RunName(const KRun& r) {
+  const char* fam[] = {"", "Argb_", "Abgr_", "Rgb888_"};
+  return std::string(fam[int(r.f)]) + kMemberNames[int(r.m)] + "_" + std::to_string(r.sw) + "x" +
+         std::to_string(r.sh) + "_to_" + std::to_string(r.dw) + "x" + std::to_string(r.dh) + "_rot" +
+         std::to_string(r.rot) + "_pad" + std::to_string(r.pad);
+}
+
+class Direct : public testing::TestWithParam<KRun> {};
+
+TEST_P(Direct, MatchesReferenceExactly) {
+  const KRun r = GetParam();
+  const int32_t pitch = PitchOf(r);
+  for (bool wide : {false, true}) {
+    SCOPED_TRACE(wide ? "wide tables" : "narrow tables");
+    Tables t(static_cast<uint32_t>(r.sw * 7 + r.dw * 3 + r.rot + wide), wide);
+    Picture pic = MakePicture(r, r.sw, r.sh, static_cast<uint32_t>(r.sw * 31 + r.dh + r.pad));
+    Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
+    const RecordOffsets ro = MakeOffsets(r.rot, r.dw, r.dh, pitch, PixelBytes(r.f));
+    const uint32_t key = r.m == M::Rgb555 ? KeyOf(pic, r.sw > 1, r.sh > 1) : 0;
+    Render(r, cv, t, pic, pitch, ro, key);
+    pic.Cut();
+    auto dst = cv.Target();
+    EXPECT_EQ(CallKernel(r, &t.ctx, pic, dst.data(), pitch, ro, key), 0u);
+    cv.ExpectEqual(dst);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Direct, testing::ValuesIn(DirectRuns()),
+                         [](const auto& i) { return RunName(i.param); });
+
+TEST(Rgb565ColourStep, LookedUpClampsMatchComparisonsOverEveryReachableSum) {
+  // Luma entries 0..65535 plus terms -65536..65535: every sum of a channel.
+  for (int32_t sum = -65536; sum <= 131070; ++sum) {
+    const int32_t l = std::min(std::max(sum, 0), 65535);
+    const scrim::ChromaTerms t{sum - l, sum - l, sum - l};
+    const uint16_t want =
+        static_cast<uint16_t>(Clamp(sum >> 10, 31) << 11 | Clamp(sum >> 9, 63) << 5 | Clamp(sum >> 10, 31));
+    ASSERT_EQ(scrim::Rgb565(l, t), want) << sum;
+  }
+}
+
+TEST(YuvRgbKernels, MissingRecordsOrLineBuffersAreRefusedAndEmptyPicturesIgnored) {
+  Tables t(6, false);
+  const uint8_t* np[3] = {nullptr, nullptr, nullptr};
+  uint32_t ns[3] = {0, 0, 0};
+  uint8_t* none[4] = {nullptr, nullptr, nullptr, nullptr};
+  LineSet three(64, 3);
+  uint8_t d[8];
+  ImgPrcContext* c = &t.ctx;
+  c->rotationRecord = nullptr;
+  EXPECT_EQ(_ORUYCbCr420ToRGB565Rot(c, np, ns, 4, 4), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszRot(c, np, ns, 4, 4, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszRot(c, np, ns, 4, 4, 8, 0), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp_Nearest(c, none, np, ns, 4, 4, d, 8, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp_NearLinear(c, nullptr, np, ns, 4, 4, d, 8, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp_Nearest(c, none, np, ns, 4, 4, d, 8, 8, 0), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp_Nearest(c, none, np, ns, 4, 4, d, 8, 0, 8), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp(c, nullptr, np, ns, 4, 4, d, 8, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp(c, three.ptr, np, ns, 4, 4, d, 8, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUp(c, nullptr, np, ns, 4, 4, d, 8, 8, 0), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565Case1(c, three.ptr, np, ns, 4, d, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565Case2(c, three.ptr, np, ns, 4, 4, d, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565Case3(c, nullptr, d, np, ns, d, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565RszUpRot(c, three.ptr, np, ns, 4, 4, d, 8, 2, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToARGB32Rot(c, np, ns, 4, 4, 0), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToRGB888RszRot(c, np, ns, 4, 4, 8, 8), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToARGB32RszUp(c, three.ptr, np, ns, 4, 4, d, 8, 8, 8, 0), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToABGR32Case1(c, three.ptr, np, ns, 4, d, 8, 8, 0), kNo);
+  EXPECT_EQ(_ORUYCbCr420ToABGR32Case2(c, nullptr, np, ns, 4, 4, d, 8, 0, 0), 0u);  // no rows
+  EXPECT_EQ(_ORUYCbCr444ToRGB888RszRot(c, np, ns, 4, 4, 8, 8), 0u);  // these members always report 0
+
+  // Without rows or columns nothing is read or written.
+  Picture pic(4, 4, 0, 1);
+  pic.Y(0, 0), pic.Cb(0, 0), pic.Cr(0, 0);
+  pic.Cut();
+  std::vector<uint8_t> dst(32, 0x5A);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565(c, pic.planes(), pic.strides(), 4, 0, dst.data(), 8), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565(c, pic.planes(), pic.strides(), 4, -3, dst.data(), 8), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB565(c, pic.planes(), pic.strides(), 0, 4, dst.data(), 8), 0u);
+  EXPECT_EQ(_ORUYCbCr420ToRGB555(c, pic.planes(), pic.strides(), 4, 0, dst.data(), 8, 0), 0u);
+  EXPECT_EQ(dst, std::vector<uint8_t>(32, 0x5A));
+}
+
+// ---- Through the frame call: the resize case picks the member ---------------
+
+struct Route {
+  uint32_t format, rotation, resizeMode;
+  int32_t sw, sh, dw, dh;
+  uint32_t resizeCase;
+  M m;
+};
+
+// Every member of every family, rotating members in every orientation. Odd
+// sizes are rounded down to even by set-up.
+std::vector<Route> AllRoutes() {
+  std::vector<Route> v = {
+      {0x003, 0, 1, 37, 21, 37, 21, 0, M::Plain},      {0x00A, 0, 1, 36, 20, 36, 20, 0, M::Rgb555},
+      {0x00A, 0, 1, 36, 20, 52, 28, 2, M::Rgb555},  // RGB555 ignores a size change
+      {0x003, 0, 1, 36, 20, 50, 16, 1, M::Rsz},        {0x003, 0, 1, 36, 20, 20, 12, 3, M::Rsz},
+      {0x003, 1, 1, 36, 20, 20, 12, 3, M::RszRot},     {0x003, 4, 0, 36, 20, 50, 16, 1, M::RszRot},
+      {0x003, 0, 1, 36, 20, 80, 44, 2, M::RszUp},      {0x003, 0, 1, 36, 20, 50, 30, 2, M::RszUp},
+      {0x003, 0, 1, 36, 20, 72, 40, 4, M::RszUp},      {0x003, 0, 0, 36, 20, 80, 44, 2, M::Nearest},
+      {0x003, 0, 3, 36, 20, 50, 30, 2, M::NearLinear}, {0x003, 2, 1, 36, 20, 80, 44, 2, M::RszUpRot},
+      {0x003, 3, 0, 36, 20, 80, 44, 2, M::RszUpRot},   {0x003, 0, 1, 16, 8, 40, 16, 5, M::Case1},
+      {0x003, 0, 1, 16, 8, 24, 16, 6, M::Case2},       {0x003, 0, 1, 320, 240, 480, 272, 7, M::Case3},
+      {0x005, 0, 1, 320, 240, 480, 272, 7, M::RszUp},  {0x103, 0, 1, 36, 20, 36, 20, 0, M::Plain422},
+      {0x103, 2, 1, 36, 20, 50, 30, 2, M::Rsz422},  // rotation ignored
+      {0x103, 0, 1, 36, 20, 20, 30, 1, M::Rsz422}};
+  for (uint32_t rot = 1; rot <= 5; ++rot) v.push_back({0x003, rot, 1, 36, 20, 36, 20, 0, M::Rot});
+  for (uint32_t out : {4u, 5u, 9u}) {
+    const bool b32 = out != 4;
+    for (uint32_t rot = 1; rot <= 5; ++rot) {
+      v.push_back({out, rot, 1, 36, 20, 36, 20, 0, M::Rot});
+      v.push_back({out, rot, rot & 1, 36, 20, rot < 3 ? 50 : 20, 12, rot < 3 ? 1u : 3u, M::RszRot});
+    }
+    v.push_back({out, 0, 1, 37, 21, 37, 21, 0, M::Plain});
+    v.push_back({out, 0, 1, 36, 20, 50, 16, 1, M::Rsz});
+    v.push_back({out, 0, 1, 36, 20, 20, 12, 3, M::Rsz});
+    v.push_back({out, 0, 0, 36, 20, 80, 44, 2, M::RszUp});
+    v.push_back({out, 0, 1, 36, 20, 72, 40, 4, M::RszUp});
+    v.push_back({out, 0, 1, 16, 8, 40, 16, 5, b32 ? M::Case1 : M::RszUp});
+    v.push_back({out, 0, 1, 16, 8, 24, 16, 6, b32 ? M::Case2 : M::RszUp});
+  }
+  for (uint32_t code : {0x105u, 0x109u, 0x203u, 0x204u, 0x205u, 0x209u})
+    for (uint32_t rot = 0; rot <= 5; ++rot)
+      v.push_back({code, rot, 1, 36, 20, rot & 1 ? 36 : 50, rot & 1 ? 20 : 16, rot & 1 ? 0u : 1u,
+                   code < 0x200 ? M::RszRot422 : M::RszRot444});
+  return v;
+}
+
+class Frame : public testing::TestWithParam<Route> {};
+
+TEST_P(Frame, MatchesTheMemberItsCaseSelects) {
+  const Route& rt = GetParam();
+  const uint32_t out = rt.format & 0xFF;
+  const Fam fam = out == 4 ? Fam::Rgb888 : out == 5 ? Fam::Argb : out == 9 ? Fam::Abgr : Fam::Rgb565;
+  const uint32_t alphas[] = {0x100, 0x7F, 0x280, 0xFF};  // only the low byte counts
+  ImgPrcCreateParams p = {};
+  p.size = sizeof p, p.format = rt.format, p.rotation = rt.rotation, p.resizeMode = rt.resizeMode;
+  p.srcWidth = rt.sw, p.srcHeight = rt.sh, p.dstWidth = rt.dw, p.dstHeight = rt.dh, p.colorMatrix = 1;
+  p.alpha = alphas[(rt.sw + rt.dw + rt.rotation + rt.format) % 4];
+  void* h = nullptr;
+  ASSERT_EQ(ORU_IMAGEPROC_Create(&h, 0, &p), IMGPRC_OK);
+  ImgPrcContext& ctx = *static_cast<ImgPrcContext*>(h);
+  EXPECT_EQ(ctx.resizeCase, rt.resizeCase);
+  // The 4:2:2 RGB565 path ignores rotation.
+  const KRun r = {rt.m,
+                  fam,
+                  int32_t(ctx.workSrcWidth),
+                  int32_t(ctx.workSrcHeight),
+                  int32_t(ctx.workDstWidth),
+                  int32_t(ctx.workDstHeight),
+                  rt.format == 0x103 ? 0 : int(rt.rotation),
+                  4,
+                  p.alpha};
+  const int32_t pitch = PitchOf(r);
+  // The instance's own tables (its vector rows where they reproduce them),
+  // then random ones in their place, refitted as a rebuild would.
+  for (int tables : {0, 1, 2}) {
+    SCOPED_TRACE(tables);
+    const Tables t =
+        tables == 0 ? Tables(ctx) : Tables(static_cast<uint32_t>(rt.sw * 7 + rt.dw + tables), tables == 2);
+    if (tables != 0) {
+      memcpy(ctx.rangeTableY, t.y.data(), 512);
+      memcpy(ctx.rangeTableCb, t.cb.data(), 2048);
+      memcpy(ctx.rangeTableCr, t.cr.data(), 2048);
+      ImgPrcFitAffineTables(ctx.rangeTableY, ctx.rangeTableCb, ctx.rangeTableCr, &ctx.affine);
+    }
+    Picture pic = MakePicture(r, rt.sw, rt.sh, static_cast<uint32_t>(rt.sw * 13 + rt.dw + rt.rotation));
+    Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
+    const RecordOffsets ro = MakeOffsets(r.rot, r.dw, r.dh, pitch, PixelBytes(r.f));
+    const uint32_t key = r.m == M::Rgb555 ? KeyOf(pic, 3, 1) : 0;
+    Render(r, cv, t, pic, pitch, ro, key);
+    ASSERT_EQ(r.m == M::Rgb555 ? ORU_IMAGEPROC_Set(h, IMGPRC_PROP_COLOR_KEY, &key, sizeof key) : IMGPRC_OK,
+              IMGPRC_OK);
+    pic.Cut();
+    std::vector<uint8_t> dst = cv.Target();
+    uint8_t* dstPlanes[3] = {dst.data(), nullptr, nullptr};
+    uint32_t dstStrides[3] = {static_cast<uint32_t>(pitch), 0, 0};
+    ImgPrcFrameParams frame = {sizeof frame, 1, 0};
+    EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(h, pic.raw(), pic.strides(), dstPlanes, dstStrides, &frame),
+              IMGPRC_OK);
+    cv.ExpectEqual(dst);
+    EXPECT_TRUE(!Rotating(r.m) || ro.pix[0] == ctx.rotationRecord->pix00 - dst.data());
+  }
+  ORU_IMAGEPROC_Destroy(h);
+}
+
+INSTANTIATE_TEST_SUITE_P(Routes, Frame, testing::ValuesIn(AllRoutes()), [](const auto& i) {
+  const Route& r = i.param;
+  char name[80];
+  snprintf(name, sizeof name, "x%03X_%dx%d_to_%dx%d_rot%u_case%u_%s", r.format, r.sw, r.sh, r.dw, r.dh,
+           r.rotation, r.resizeCase, kMemberNames[int(r.m)]);
+  return std::string(name);
+});
+
+TEST(Frame, RotatedRgb555IsRefusedAtCreation) {
+  ImgPrcCreateParams p = {};
+  p.size = sizeof p, p.format = 0x00A, p.rotation = 1, p.resizeMode = 1;
+  p.srcWidth = p.dstWidth = 16, p.srcHeight = p.dstHeight = 8;
+  void* h = nullptr;
+  EXPECT_NE(ORU_IMAGEPROC_Create(&h, 0, &p), IMGPRC_OK);
+  if (h != nullptr) ORU_IMAGEPROC_Destroy(h);
+}
+
+}  // namespace
