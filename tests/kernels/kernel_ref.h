@@ -17,6 +17,8 @@
 #include <random>
 #include <vector>
 
+#include "imageproc/color_tables.h"
+#include "imageproc/cpu_features.h"
 #include "imageproc/imgprc_context.h"
 
 namespace kref {
@@ -41,15 +43,19 @@ struct Tables {
     }
     Attach();
   }
+  // Built as an instance builds them (with the vector rows of the level in force).
+  Tables(uint32_t matrix, uint32_t range, int brightness, int contrast, int saturation) {
+    Attach();
+    UpdateColorMatrix(&ctx, matrix, range);
+    ImgPrcBuildRangeTables(&ctx, brightness, contrast, saturation);
+  }
   explicit Tables(const ImgPrcContext& from)  // a copy of an instance's tables
       : y(from.rangeTableY, from.rangeTableY + 256),
         cb(from.rangeTableCb, from.rangeTableCb + 256),
         cr(from.rangeTableCr, from.rangeTableCr + 256) {
     Attach();
   }
-  Tables(const Tables& o) : y(o.y), cb(o.cb), cr(o.cr), ctx(o.ctx) { Attach(); }
-  Tables& operator=(const Tables&) = delete;
-
+  Tables(const Tables&) = delete;  // ctx points into the vectors
   static int64_t Pack(int32_t hi, int32_t lo) {
     return static_cast<int32_t>(static_cast<uint32_t>(hi) << 16 | (static_cast<uint32_t>(lo) & 0xFFFF));
   }
@@ -78,16 +84,15 @@ inline Sums SumsOf(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
   return {l + (Tables::Word(t.cr[cr]) >> 15), l + t.GreenTerm(cb, cr), l + (Tables::Word(t.cb[cb]) >> 15)};
 }
 
-inline uint16_t Ref565(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
+// RGB565, or RGB555: 5-bit green (>> 10, not >> 9), the opaque bit, and the
+// keyed colour written as 0.
+inline uint16_t Ref16(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, bool rgb555 = false,
+                      uint32_t key = 0) {
+  if (rgb555 && (static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
   const Sums s = SumsOf(t, y, cb, cr);
-  return static_cast<uint16_t>(Clamp(s.r >> 10, 31) << 11 | Clamp(s.g >> 9, 63) << 5 | Clamp(s.b >> 10, 31));
-}
-// 5-bit green (>> 10, not >> 9) and the opaque bit; the keyed colour is 0.
-inline uint16_t Ref555(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, uint32_t key) {
-  if ((static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
-  const Sums s = SumsOf(t, y, cb, cr);
-  return static_cast<uint16_t>(Clamp(s.r >> 10, 31) << 11 | Clamp(s.g >> 10, 31) << 6 |
-                               Clamp(s.b >> 10, 31) << 1 | 1);
+  const int32_t r = Clamp(s.r >> 10, 31), b = Clamp(s.b >> 10, 31);
+  return static_cast<uint16_t>(rgb555 ? r << 11 | Clamp(s.g >> 10, 31) << 6 | b << 1 | 1
+                                      : r << 11 | Clamp(s.g >> 9, 63) << 5 | b);
 }
 inline uint64_t Spread(uint32_t r, uint32_t g, uint32_t b) {
   return uint64_t{r} << 21 | uint64_t{g} << 10 | b;
@@ -197,9 +202,7 @@ class Canvas {
     std::vector<uint8_t> tmp(expected_.begin() + from, expected_.begin() + from + static_cast<int64_t>(n));
     Put(to, tmp.data(), n);
   }
-  std::vector<uint8_t> Target() const {
-    return std::vector<uint8_t>(pattern_.begin(), pattern_.begin() + size());
-  }
+  std::vector<uint8_t> Target() const { return {pattern_.begin(), pattern_.begin() + size()}; }
   // The kernel's buffer equals the expected bytes, written and untouched alike.
   void ExpectEqual(const std::vector<uint8_t>& got) const {
     ASSERT_EQ(got.size(), size());
@@ -245,10 +248,16 @@ inline RecordOffsets MakeOffsets(int rotation, int64_t w, int64_t h, int64_t s, 
   return {int32_t(2 * x), int32_t(2 * y), {o00, o00 + x, o00 + y, o00 + x + y}};
 }
 inline ImgPrcRotationRecord MakeRecord(const RecordOffsets& o, uint8_t* base) {
-  ImgPrcRotationRecord r{};
-  r.stepX = o.stepX, r.stepY = o.stepY;
-  r.pix00 = base + o.pix[0], r.pix10 = base + o.pix[1], r.pix01 = base + o.pix[2], r.pix11 = base + o.pix[3];
-  return r;
+  return {o.stepX, o.stepY, base + o.pix[0], base + o.pix[1], base + o.pix[2], base + o.pix[3], 0, 0,
+          0,       0,       nullptr,         nullptr,         nullptr};
+}
+// The instruction-set levels this CPU offers, scalar first.
+inline std::vector<CpuLevel> Levels() {
+  std::vector<CpuLevel> levels;
+  for (unsigned l = CPU_SCALAR; l <= CPU_NEON; ++l)
+    if (cpu_set_cap(CpuLevel(l)) == CpuLevel(l)) levels.push_back(CpuLevel(l));
+  cpu_set_cap(CPU_NEON);
+  return levels;
 }
 inline bool QuarterTurn(int rotation) { return rotation == 1 || rotation == 2; }
 
@@ -477,7 +486,7 @@ inline std::vector<uint16_t> NearestLine(const Tables& t, Picture& pic, int32_t 
   for (int32_t x = 0; x < sw; ++x) {
     const uint8_t y = pic.Y(x, r), cb = pic.Cb(x / 2, r / 2), cr = pic.Cr(x / 2, r / 2);
     if (!doubled) {
-      out.push_back(Ref565(t, y, cb, cr));
+      out.push_back(Ref16(t, y, cb, cr));
       continue;
     }
     const uint64_t e = RefSpread(t, y, cb, cr);
@@ -581,7 +590,7 @@ inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int
                    const RecordOffsets& ro, uint32_t key) {
   const uint32_t a = Is32(r.f) ? (r.alpha & 0xFF) << 24 : 0;
   const PixelFn px = [&, a](uint8_t y, uint8_t cb, uint8_t cr) -> uint32_t {
-    if (r.f == Fam::Rgb565) return r.m == M::Rgb555 ? Ref555(t, y, cb, cr, key) : Ref565(t, y, cb, cr);
+    if (r.f == Fam::Rgb565) return Ref16(t, y, cb, cr, r.m == M::Rgb555, key);
     const uint32_t v = RefRgb8(t, y, cb, cr);
     return a | (r.f == Fam::Abgr ? (v & 0xFF) << 16 | (v & 0xFF00) | v >> 16 : v);
   };

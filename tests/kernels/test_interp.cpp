@@ -51,7 +51,7 @@ TEST(Convert, MatchesColourStepOnRandomLines) {
           const uint8_t yv = y[row][i], u = cb[i / 2], v = cr[i / 2];
           EXPECT_EQ(o[row][i], RefSpread(t, yv, u, v)) << width << " " << i;
           EXPECT_EQ(b[row][i], RefSpread(t, yv, u, v, true)) << width << " " << i;
-          EXPECT_EQ(p[row][i], Ref565(t, yv, u, v)) << width << " " << i;
+          EXPECT_EQ(p[row][i], Ref16(t, yv, u, v)) << width << " " << i;
         }
     }
     // The block form puts the left sample of each pair in the low byte.

@@ -93,6 +93,13 @@ std::vector<KRun> DirectRuns() {
   add(M::Plain, {{5, 3, 5, 3}}, {0}, {5}, Fam::Argb);
   add(M::Plain, {{1, 1, 1, 1}}, {0}, {3}, Fam::Rgb888);
   add(M::Plain422, {{5, 3, 5, 3}}, {0}, {3});
+  // Every width up to past two AVX2 steps, for the vector rows and their tails.
+  for (int32_t w = 1; w <= 70; ++w) {
+    const std::initializer_list<Size> size = {{w, 1 + w % 6, w, 1 + w % 6}};
+    add(M::Plain, size, {0}, {w % 3});
+    add(M::Rgb555, size, {0}, {w % 3});
+    add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
+  }
   add(M::Rot, {{2, 2, 2, 2}, {8, 4, 8, 4}, {6, 10, 6, 10}}, {0, 1, 2, 3, 4, 5}, {0, 6});
   add(M::Rsz,
       {{16, 12, 6, 4},
@@ -138,24 +145,39 @@ std::string RunName(const KRun& r) {
          std::to_string(r.rot) + "_pad" + std::to_string(r.pad);
 }
 
+// Renders run r, then `call` runs the kernel on the cut source and a destination of exactly the bytes
+// written.
+template <class Call>
+void Check(const KRun& r, const Tables& t, Picture& pic, int32_t pitch, uint32_t key, Call call) {
+  Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
+  const RecordOffsets ro = MakeOffsets(r.rot, r.dw + (r.dw & 1), r.dh + (r.dh & 1), pitch, PixelBytes(r.f));
+  Render(r, cv, t, pic, pitch, ro, key);
+  pic.Cut();
+  std::vector<uint8_t> dst = cv.Target();
+  call(dst.data(), ro);
+  cv.ExpectEqual(dst);
+}
+
 class Direct : public testing::TestWithParam<KRun> {};
 
 TEST_P(Direct, MatchesReferenceExactly) {
   const KRun r = GetParam();
   const int32_t pitch = PitchOf(r);
-  for (bool wide : {false, true}) {
-    SCOPED_TRACE(wide ? "wide tables" : "narrow tables");
-    Tables t(static_cast<uint32_t>(r.sw * 7 + r.dw * 3 + r.rot + wide), wide);
+  // Random tables, narrow and wide (looked up), then tables built at each
+  // level (its vector rows).
+  const std::vector<CpuLevel> levels = Levels();
+  for (size_t i = 0; i < 2 + levels.size(); ++i) {
+    SCOPED_TRACE(i < 2 ? i ? "wide tables" : "narrow tables" : cpu_level_name(levels[i - 2]));
+    cpu_set_cap(i < 2 ? CPU_NEON : levels[i - 2]);
+    Tables t = i < 2 ? Tables(static_cast<uint32_t>(r.sw * 7 + r.dw * 3 + r.rot + i), i == 1)
+                     : Tables(1, 0, 150, 170, 190);
     Picture pic = MakePicture(r, r.sw, r.sh, static_cast<uint32_t>(r.sw * 31 + r.dh + r.pad));
-    Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
-    const RecordOffsets ro = MakeOffsets(r.rot, r.dw, r.dh, pitch, PixelBytes(r.f));
     const uint32_t key = r.m == M::Rgb555 ? KeyOf(pic, r.sw > 1, r.sh > 1) : 0;
-    Render(r, cv, t, pic, pitch, ro, key);
-    pic.Cut();
-    auto dst = cv.Target();
-    EXPECT_EQ(CallKernel(r, &t.ctx, pic, dst.data(), pitch, ro, key), 0u);
-    cv.ExpectEqual(dst);
+    Check(r, t, pic, pitch, key, [&](uint8_t* dst, const RecordOffsets& ro) {
+      EXPECT_EQ(CallKernel(r, &t.ctx, pic, dst, pitch, ro, key), 0u);
+    });
   }
+  cpu_set_cap(CPU_NEON);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Direct, testing::ValuesIn(DirectRuns()),
@@ -300,21 +322,17 @@ TEST_P(Frame, MatchesTheMemberItsCaseSelects) {
       ImgPrcFitAffineTables(ctx.rangeTableY, ctx.rangeTableCb, ctx.rangeTableCr, &ctx.affine);
     }
     Picture pic = MakePicture(r, rt.sw, rt.sh, static_cast<uint32_t>(rt.sw * 13 + rt.dw + rt.rotation));
-    Canvas cv(static_cast<size_t>(4 * pitch + 16) * (std::max(r.dw, r.dh) + 8) + 256);
-    const RecordOffsets ro = MakeOffsets(r.rot, r.dw, r.dh, pitch, PixelBytes(r.f));
     const uint32_t key = r.m == M::Rgb555 ? KeyOf(pic, 3, 1) : 0;
-    Render(r, cv, t, pic, pitch, ro, key);
     ASSERT_EQ(r.m == M::Rgb555 ? ORU_IMAGEPROC_Set(h, IMGPRC_PROP_COLOR_KEY, &key, sizeof key) : IMGPRC_OK,
               IMGPRC_OK);
-    pic.Cut();
-    std::vector<uint8_t> dst = cv.Target();
-    uint8_t* dstPlanes[3] = {dst.data(), nullptr, nullptr};
-    uint32_t dstStrides[3] = {static_cast<uint32_t>(pitch), 0, 0};
-    ImgPrcFrameParams frame = {sizeof frame, 1, 0};
-    EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(h, pic.raw(), pic.strides(), dstPlanes, dstStrides, &frame),
-              IMGPRC_OK);
-    cv.ExpectEqual(dst);
-    EXPECT_TRUE(!Rotating(r.m) || ro.pix[0] == ctx.rotationRecord->pix00 - dst.data());
+    Check(r, t, pic, pitch, key, [&](uint8_t* dst, const RecordOffsets& ro) {
+      uint8_t* dstPlanes[3] = {dst, nullptr, nullptr};
+      uint32_t dstStrides[3] = {static_cast<uint32_t>(pitch), 0, 0};
+      ImgPrcFrameParams frame = {sizeof frame, 1, 0};
+      EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(h, pic.raw(), pic.strides(), dstPlanes, dstStrides, &frame),
+                IMGPRC_OK);
+      EXPECT_TRUE(!Rotating(r.m) || ro.pix[0] == ctx.rotationRecord->pix00 - dst);
+    });
   }
   ORU_IMAGEPROC_Destroy(h);
 }
@@ -326,14 +344,5 @@ INSTANTIATE_TEST_SUITE_P(Routes, Frame, testing::ValuesIn(AllRoutes()), [](const
            r.rotation, r.resizeCase, kMemberNames[int(r.m)]);
   return std::string(name);
 });
-
-TEST(Frame, RotatedRgb555IsRefusedAtCreation) {
-  ImgPrcCreateParams p = {};
-  p.size = sizeof p, p.format = 0x00A, p.rotation = 1, p.resizeMode = 1;
-  p.srcWidth = p.dstWidth = 16, p.srcHeight = p.dstHeight = 8;
-  void* h = nullptr;
-  EXPECT_NE(ORU_IMAGEPROC_Create(&h, 0, &p), IMGPRC_OK);
-  if (h != nullptr) ORU_IMAGEPROC_Destroy(h);
-}
 
 }  // namespace
