@@ -113,17 +113,6 @@ TEST(HLerp, StepsBlendNeighboursWithFiveBitWeights) {
   }
 }
 
-TEST(HLerpNearest, IsAnExactBresenhamStretch) {
-  for (auto [srcW, n] : {std::pair{5, 12}, {7, 8}, {3, 30}, {16, 16}, {9, 2}, {10, 4}}) {
-    std::vector<uint16_t> src(srcW);
-    for (int i = 0; i < srcW; ++i) src[i] = static_cast<uint16_t>(0x1000 * i + 0x0F0F + i);
-    std::vector<uint8_t> out(n / 2 * 8);
-    HLerp_Nearest(src.data(), out.data(), n, srcW / n, srcW % n);
-    for (int k = 0; k < n; ++k)
-      EXPECT_EQ(Pixel(out, k), src[k * srcW / n]) << srcW << "->" << n << " at " << k;
-  }
-}
-
 // The fixed 2.5x and 1.5x stretches: nothing past the last round of four is
 // read, and the last pixel stands in for the one past the line.
 TEST(HLerpFixed, PhaseWeightsOfBothRatios) {
@@ -145,23 +134,6 @@ TEST(HLerpFixed, PhaseWeightsOfBothRatios) {
       q.f32(src.data(), out32.data(), width, 0x7F);
       ExpectPhases(q.phases(src), out, out32, 0x7F);
     }
-}
-
-TEST(DoubleLine, AveragesLeftNeighbourInPlace) {
-  for (int32_t count : {1, 2, 11}) {
-    const Line in[2] = {RandomSpread(count, 60 + count), RandomSpread(count, 70 + count)};
-    Line line[2] = {in[0], in[1]};  // converted in place
-    DoubleLine(reinterpret_cast<uint16_t*>(line[0].data()), reinterpret_cast<uint16_t*>(line[1].data()),
-               line[0].data(), line[1].data(), count);
-    for (int l = 0; l < 2; ++l) {
-      const auto* px = reinterpret_cast<const uint8_t*>(line[l].data());
-      for (int32_t i = 0; i < count; ++i) {
-        const uint64_t prev = in[l][i > 0 ? i - 1 : 0], e = in[l][i];
-        EXPECT_EQ(px[4 * i] | px[4 * i + 1] << 8, Blend565({{1, prev}, {1, e}}, 2)) << count << " " << i;
-        EXPECT_EQ(px[4 * i + 2] | px[4 * i + 3] << 8, Blend565({{1, e}}, 1));
-      }
-    }
-  }
 }
 
 }  // namespace

@@ -248,22 +248,19 @@ struct Route {
 // Every member of every family, rotating members in every orientation. Odd
 // sizes are rounded down to even by set-up.
 std::vector<Route> AllRoutes() {
-  std::vector<Route> v = {
-      {0x003, 0, 1, 37, 21, 37, 21, 0, M::Plain},      {0x00A, 0, 1, 36, 20, 36, 20, 0, M::Rgb555},
-      {0x00A, 0, 1, 36, 20, 52, 28, 2, M::Rgb555},  // RGB555 ignores a size change
-      {0x003, 0, 1, 36, 20, 50, 16, 1, M::Rsz},        {0x003, 0, 1, 36, 20, 20, 12, 3, M::Rsz},
-      {0x003, 1, 1, 36, 20, 20, 12, 3, M::RszRot},     {0x003, 4, 0, 36, 20, 50, 16, 1, M::RszRot},
-      {0x003, 0, 1, 36, 20, 80, 44, 2, M::RszUp},      {0x003, 0, 1, 36, 20, 50, 30, 2, M::RszUp},
-      {0x003, 0, 1, 36, 20, 72, 40, 4, M::RszUp},      {0x003, 0, 0, 36, 20, 80, 44, 2, M::Nearest},
-      {0x003, 0, 3, 36, 20, 50, 30, 2, M::NearLinear}, {0x003, 2, 1, 36, 20, 80, 44, 2, M::RszUpRot},
-      {0x003, 3, 0, 36, 20, 80, 44, 2, M::RszUpRot},   {0x003, 0, 1, 16, 8, 40, 16, 5, M::Case1},
-      {0x003, 0, 1, 16, 8, 24, 16, 6, M::Case2},       {0x003, 0, 1, 320, 240, 480, 272, 7, M::Case3},
-      {0x005, 0, 1, 320, 240, 480, 272, 7, M::RszUp},  {0x103, 0, 1, 36, 20, 36, 20, 0, M::Plain422},
-      {0x103, 2, 1, 36, 20, 50, 30, 2, M::Rsz422},  // rotation ignored
-      {0x103, 0, 1, 36, 20, 20, 30, 1, M::Rsz422}};
-  for (uint32_t rot = 1; rot <= 5; ++rot) v.push_back({0x003, rot, 1, 36, 20, 36, 20, 0, M::Rot});
-  for (uint32_t out : {4u, 5u, 9u}) {
-    const bool b32 = out != 4;
+  std::vector<Route> v = {{0x00A, 0, 1, 36, 20, 36, 20, 0, M::Rgb555},
+                          {0x00A, 0, 1, 36, 20, 52, 28, 2, M::Rgb555},  // RGB555 ignores a size change
+                          {0x003, 0, 1, 36, 20, 80, 44, 2, M::RszUp},
+                          {0x003, 0, 1, 36, 20, 50, 30, 2, M::RszUp},
+                          {0x003, 0, 3, 36, 20, 50, 30, 2, M::NearLinear},
+                          {0x003, 2, 1, 36, 20, 80, 44, 2, M::RszUpRot},
+                          {0x003, 3, 0, 36, 20, 80, 44, 2, M::RszUpRot},
+                          {0x003, 0, 1, 320, 240, 480, 272, 7, M::Case3},
+                          {0x005, 0, 1, 320, 240, 480, 272, 7, M::RszUp},
+                          {0x103, 0, 1, 36, 20, 36, 20, 0, M::Plain422},
+                          {0x103, 2, 1, 36, 20, 50, 30, 2, M::Rsz422},  // rotation ignored
+                          {0x103, 0, 1, 36, 20, 20, 30, 1, M::Rsz422}};
+  for (uint32_t out : {3u, 4u, 5u, 9u}) {
     for (uint32_t rot = 1; rot <= 5; ++rot) {
       v.push_back({out, rot, 1, 36, 20, 36, 20, 0, M::Rot});
       v.push_back({out, rot, rot & 1, 36, 20, rot < 3 ? 50 : 20, 12, rot < 3 ? 1u : 3u, M::RszRot});
@@ -271,10 +268,10 @@ std::vector<Route> AllRoutes() {
     v.push_back({out, 0, 1, 37, 21, 37, 21, 0, M::Plain});
     v.push_back({out, 0, 1, 36, 20, 50, 16, 1, M::Rsz});
     v.push_back({out, 0, 1, 36, 20, 20, 12, 3, M::Rsz});
-    v.push_back({out, 0, 0, 36, 20, 80, 44, 2, M::RszUp});
+    v.push_back({out, 0, 0, 36, 20, 80, 44, 2, out == 3 ? M::Nearest : M::RszUp});
     v.push_back({out, 0, 1, 36, 20, 72, 40, 4, M::RszUp});
-    v.push_back({out, 0, 1, 16, 8, 40, 16, 5, b32 ? M::Case1 : M::RszUp});
-    v.push_back({out, 0, 1, 16, 8, 24, 16, 6, b32 ? M::Case2 : M::RszUp});
+    v.push_back({out, 0, 1, 16, 8, 40, 16, 5, out == 4 ? M::RszUp : M::Case1});
+    v.push_back({out, 0, 1, 16, 8, 24, 16, 6, out == 4 ? M::RszUp : M::Case2});
   }
   for (uint32_t code : {0x105u, 0x109u, 0x203u, 0x204u, 0x205u, 0x209u})
     for (uint32_t rot = 0; rot <= 5; ++rot)
@@ -299,15 +296,8 @@ TEST_P(Frame, MatchesTheMemberItsCaseSelects) {
   ImgPrcContext& ctx = *static_cast<ImgPrcContext*>(h);
   EXPECT_EQ(ctx.resizeCase, rt.resizeCase);
   // The 4:2:2 RGB565 path ignores rotation.
-  const KRun r = {rt.m,
-                  fam,
-                  int32_t(ctx.workSrcWidth),
-                  int32_t(ctx.workSrcHeight),
-                  int32_t(ctx.workDstWidth),
-                  int32_t(ctx.workDstHeight),
-                  rt.format == 0x103 ? 0 : int(rt.rotation),
-                  4,
-                  p.alpha};
+  KRun r = {rt.m, fam, 0, 0, 0, 0, rt.format == 0x103 ? 0 : int(rt.rotation), 4, p.alpha};
+  r.sw = ctx.workSrcWidth, r.sh = ctx.workSrcHeight, r.dw = ctx.workDstWidth, r.dh = ctx.workDstHeight;
   const int32_t pitch = PitchOf(r);
   // The instance's own tables (its vector rows where they reproduce them),
   // then random ones in their place, refitted as a rebuild would.
