@@ -353,44 +353,33 @@ inline Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int6
   return l;
 }
 
-// The line cache: slots A, B, C tagged with rows; a pair that starts at row r
-// is converted with chroma row r >> 1 for both rows.
-class RefCache {
- public:
-  RefCache(const Tables& t, Picture& pic, int32_t sw, bool bgr) : t_(t), pic_(pic), sw_(sw), bgr_(bgr) {}
-  Line At(uint32_t p) {
-    const int32_t y = p >> 16, f = (p >> 11) & 31;
-    if (tag_[0] != y) {
-      if (tag_[1] == y) {
-        Rotate(1);
-      } else if (tag_[2] == y) {
-        Rotate(2);
-      } else {
-        Fill(y, 0, 1);
-      }
-    }
-    if (f == 0) return line_[0];
-    if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    return Blend(line_[0], line_[1], f, 32, bgr_);
-  }
+// The output rows of the line-buffer enlargements (source orientation), as the
+// weighted pixels of each output pixel.
+using PhaseRows = std::vector<std::vector<Terms>>;
 
- private:
-  void Fill(int32_t r, int a, int b) {
-    line_[a] = SpreadRow(t_, pic_, sw_, r, r >> 1, bgr_);
-    line_[b] = SpreadRow(t_, pic_, sw_, r + 1, r >> 1, bgr_);
-    tag_[a] = r, tag_[b] = r + 1;
+// The line cache: slots A, B, C tagged with rows; a pair that starts at row r
+// is converted with chroma row r >> 1 for both rows. Output row j lies at
+// j * step, blended from the rows either side.
+template <class Stretch>
+PhaseRows CachedRows(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh, bool bgr,
+                     Stretch stretch) {
+  Line line[3];
+  int32_t tag[3] = {-1, -1, -1};
+  auto fill = [&](int32_t r, int a, int b) {
+    line[a] = SpreadRow(t, pic, sw, r, r >> 1, bgr), line[b] = SpreadRow(t, pic, sw, r + 1, r >> 1, bgr);
+    tag[a] = r, tag[b] = r + 1;
+  };
+  PhaseRows rows;
+  for (int32_t j = 0; j < dh; ++j) {
+    const uint32_t p = j * static_cast<uint32_t>(Step(sh, dh));
+    const int32_t y = p >> 16, f = (p >> 11) & 31, by = tag[1] == y ? 1 : tag[2] == y ? 2 : 0;
+    if (tag[0] != y && by != 0) std::rotate(line, line + by, line + 3), std::rotate(tag, tag + by, tag + 3);
+    if (tag[0] != y) fill(y, 0, 1);
+    if (f != 0 && tag[1] != y + 1) fill(y + 1, 1, 2);
+    rows.push_back(stretch(f == 0 ? line[0] : Blend(line[0], line[1], f, 32, bgr)));
   }
-  void Rotate(int by) {
-    std::rotate(line_, line_ + by, line_ + 3);
-    std::rotate(tag_, tag_ + by, tag_ + 3);
-  }
-  const Tables& t_;
-  Picture& pic_;
-  int32_t sw_;
-  bool bgr_;
-  Line line_[3];
-  int32_t tag_[3] = {-1, -1, -1};
-};
+  return rows;
+}
 
 // Horizontal stretches of a spread line, as the weighted pixels (over 32) of
 // each output pixel. Linear: the entry past the line only ever gets weight 0.
@@ -403,53 +392,26 @@ inline std::vector<Terms> LinearPhases(const Line& l, uint32_t step, int32_t dw)
   }
   return out;
 }
-// Fixed 1.5x: the last pixel stands in for the one past the line.
-inline std::vector<Terms> Phases23(const Line& l) {
-  const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
+// Fixed ratios: each round of `in` pixels gives one output per phase {i, w}:
+// w/32 of pixel i and the rest of pixel i + 1; past the whole rounds of four
+// pixels the last one stands in.
+inline std::vector<Terms> Fixed(const Line& l, int32_t in,
+                                std::initializer_list<std::pair<int32_t, uint32_t>> ph) {
+  const int32_t rounds = std::max<int32_t>(1, l.size() >> 2), last = 4 * rounds - 1;
   std::vector<Terms> out;
-  for (int32_t r = 0; r < rounds; ++r) {
-    const uint64_t a = l[4 * r], b = l[4 * r + 1], c = l[4 * r + 2], d = l[4 * r + 3];
-    const uint64_t e = r + 1 < rounds ? l[4 * r + 4] : d;
-    for (Terms t : {Terms{{32, a}},
-                    {{11, a}, {21, b}},
-                    {{21, b}, {11, c}},
-                    {{32, c}},
-                    {{11, c}, {21, d}},
-                    {{21, d}, {11, e}}})
-      out.push_back(t);
-  }
+  for (int32_t at = 0; at < 4 * rounds; at += in)
+    for (auto [i, w] : ph) out.push_back({{w, l[at + i]}, {32 - w, l[std::min(at + i + 1, last)]}});
   return out;
 }
-// Fixed 2.5x: weights 1/1, 5/8 3/8, 7/32 25/32, 13/16 3/16 and 19/32 13/32.
+// 1.5x: 1/1, 11/32 21/32, 21/32 11/32 over pixels a b c, then the same over c d e.
+inline std::vector<Terms> Phases23(const Line& l) {
+  return Fixed(l, 4, {{0, 32}, {0, 11}, {1, 21}, {2, 32}, {2, 11}, {3, 21}});
+}
+// 2.5x: 1/1, 5/8 3/8, 7/32 25/32 over a b, then 13/16 3/16 and 19/32 13/32 over b c.
 inline std::vector<Terms> Phases25(const Line& l) {
-  const int32_t rounds = std::max<int32_t>(1, l.size() >> 2);
-  std::vector<Terms> out;
-  for (int32_t pair = 0; pair < 2 * rounds; ++pair) {
-    const uint64_t a = l[2 * pair], b = l[2 * pair + 1], c = pair + 1 < 2 * rounds ? l[2 * pair + 2] : b;
-    for (Terms t :
-         {Terms{{32, a}}, {{20, a}, {12, b}}, {{7, a}, {25, b}}, {{26, b}, {6, c}}, {{19, b}, {13, c}}})
-      out.push_back(t);
-  }
-  return out;
+  return Fixed(l, 2, {{0, 32}, {0, 20}, {0, 7}, {1, 26}, {1, 19}});
 }
 
-// The output rows of the line-buffer enlargements (source orientation).
-using PhaseRows = std::vector<std::vector<Terms>>;
-inline PhaseRows RszUpPhases(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
-                             bool bgr) {
-  RefCache cache(t, pic, sw, bgr);
-  const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
-  PhaseRows rows;
-  for (int32_t j = 0; j < dh; ++j) rows.push_back(LinearPhases(cache.At(j * sy), sx, dw));
-  return rows;
-}
-inline PhaseRows Case2Phases(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh, bool bgr) {
-  RefCache cache(t, pic, sw, bgr);
-  const uint32_t sy = Step(sh, dh);
-  PhaseRows rows;
-  for (int32_t j = 0; j < dh; ++j) rows.push_back(Phases23(cache.At(j * sy)));
-  return rows;
-}
 // Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1,
 // in whole groups of 4 rows; the last group's second pair lies past the picture.
 inline PhaseRows Case1Phases(const Tables& t, Picture& pic, int32_t sw, int32_t dh, bool bgr) {
@@ -525,30 +487,19 @@ inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
 // ---- Any kernel of any family ------------------------------------------------
 
 enum class Fam { Rgb565, Argb, Abgr, Rgb888 };
-enum class M {
-  Plain,
-  Rgb555,
-  Rot,
-  Rsz,
-  RszRot,
-  RszUp,
-  Nearest,
-  NearLinear,
-  RszUpRot,
-  Case1,
-  Case2,
-  Case3,
-  Plain422,
-  Rsz422,
-  RszRot422,
-  RszRot444
+// Members of a family (the kernels of one packing): same size, any ratio,
+// line-buffer enlargements, fixed ratios, then the 4:2:2 and 4:4:4 ones.
+struct M {
+  static constexpr int Plain = 0, Rgb555 = 1, Rot = 2, Rsz = 3, RszRot = 4, RszUp = 5, Nearest = 6,
+                       NearLinear = 7, RszUpRot = 8, Case1 = 9, Case2 = 10, Case3 = 11, Plain422 = 12,
+                       Rsz422 = 13, RszRot422 = 14, RszRot444 = 15;
 };
 constexpr const char* kMemberNames[] = {"Plain",    "Rgb555",     "Rot",       "Rsz",      "RszRot", "RszUp",
                                         "Nearest",  "NearLinear", "RszUpRot",  "Case1",    "Case2",  "Case3",
                                         "Plain422", "Rsz422",     "RszRot422", "RszRot444"};
 
 struct KRun {
-  M m;
+  int m;  // an M
   Fam f;
   int32_t sw, sh, dw, dh;  // dw x dh = sw x sh for the same-size members
   int rot;
@@ -558,7 +509,7 @@ struct KRun {
 
 inline bool Is32(Fam f) { return f == Fam::Argb || f == Fam::Abgr; }
 inline int64_t PixelBytes(Fam f) { return f == Fam::Rgb565 ? 2 : f == Fam::Rgb888 ? 3 : 4; }
-inline bool Rotating(M m) { return m == M::Rot || m == M::RszRot || m == M::RszUpRot; }
+inline bool Rotating(int m) { return m == M::Rot || m == M::RszRot || m == M::RszUpRot; }
 
 // Least row bytes plus the pad: block members in whole blocks (32-bit pixels
 // in 64-bit words, RGB565 resize pairs in 64-bit words); the line members'
@@ -650,13 +601,14 @@ inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int
     }
     case M::RszUp:
     case M::RszUpRot:
-      lines = RszUpPhases(t, pic, r.sw, r.sh, r.dw, r.dh, bgr);
+      lines = CachedRows(t, pic, r.sw, r.sh, r.dh, bgr,
+                         [&](const Line& l) { return LinearPhases(l, Step(r.sw, r.dw), r.dw); });
       break;
     case M::Case1:
       lines = Case1Phases(t, pic, r.sw, r.dh, bgr);
       break;
     case M::Case2:
-      lines = Case2Phases(t, pic, r.sw, r.sh, r.dh, bgr);
+      lines = CachedRows(t, pic, r.sw, r.sh, r.dh, bgr, Phases23);
       break;
     case M::Case3:
       lines = Case3Phases(t, pic);

@@ -78,7 +78,7 @@ std::vector<KRun> DirectRuns() {
     int32_t sw, sh, dw, dh;
   };
   std::vector<KRun> runs;
-  auto add = [&](M m, std::initializer_list<Size> sizes, std::initializer_list<int> rots,
+  auto add = [&](int m, std::initializer_list<Size> sizes, std::initializer_list<int> rots,
                  std::initializer_list<int32_t> pads, Fam f = Fam::Rgb565) {
     for (int rot : rots)
       for (const Size s : sizes)
@@ -101,30 +101,15 @@ std::vector<KRun> DirectRuns() {
     add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
   }
   add(M::Rot, {{2, 2, 2, 2}, {8, 4, 8, 4}, {6, 10, 6, 10}}, {0, 1, 2, 3, 4, 5}, {0, 6});
-  add(M::Rsz,
-      {{16, 12, 6, 4},
-       {10, 8, 15, 4},
-       {6, 4, 13, 9},
-       {8, 8, 1, 1},
-       {8, 6, 1, 5},
-       {9, 7, 5, 3},
-       {4, 4, 4, 4},
-       {32, 18, 48, 26}},
-      {0}, {8});
+  const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9}, {8, 8, 1, 1},
+                    {8, 6, 1, 5},       {9, 7, 5, 3},   {4, 4, 4, 4},  {32, 18, 48, 26}};
+  add(M::Rsz, rsz, {0}, {8});
   add(M::RszRot, {{12, 10, 6, 4}, {6, 4, 10, 8}, {8, 8, 2, 2}}, {0, 1, 2, 3, 4, 5}, {0, 4});
   // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2 and
   // rows 7 and 8 chroma row 3.
-  add(M::RszUp,
-      {{4, 4, 8, 8},
-       {6, 4, 9, 7},
-       {8, 6, 1, 1},
-       {10, 8, 16, 30},
-       {16, 6, 24, 9},
-       {12, 11, 12, 13},
-       {20, 10, 8, 6},
-       {2, 2, 3, 2},
-       {8, 11, 8, 5}},
-      {0}, {0, 6});
+  const auto up = {Size{4, 4, 8, 8}, {6, 4, 9, 7},   {8, 6, 1, 1}, {10, 8, 16, 30}, {16, 6, 24, 9},
+                   {12, 11, 12, 13}, {20, 10, 8, 6}, {2, 2, 3, 2}, {8, 11, 8, 5}};
+  add(M::RszUp, up, {0}, {0, 6});
   // A smaller destination skips whole pairs; repeated rows copy half a wide row.
   const auto nearest = {Size{4, 4, 8, 8}, {6, 4, 9, 7}, {8, 6, 16, 12},   {10, 8, 10, 17}, {2, 2, 3, 5},
                         {8, 8, 1, 1},     {6, 6, 7, 1}, {12, 10, 30, 21}, {16, 12, 6, 4},  {14, 9, 7, 3}};
@@ -242,7 +227,7 @@ struct Route {
   uint32_t format, rotation, resizeMode;
   int32_t sw, sh, dw, dh;
   uint32_t resizeCase;
-  M m;
+  int m;  // an M
 };
 
 // Every member of every family, rotating members in every orientation. Odd
