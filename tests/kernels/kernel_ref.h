@@ -1,10 +1,8 @@
 // References for the YCbCr to RGB kernels, written from the rules pixel by
-// pixel: one colour step per packing, one walk per shape (blocks through
-// cursors, any-ratio resize, line-buffer enlargement, fixed ratios, nearest),
-// parametrised by the family's store. Sources record the furthest byte a
-// reference reads (Picture::Cut then gives the kernel exactly those bytes);
-// destinations record what it writes (Canvas::Target is exactly that large),
-// so AddressSanitizer sees any stray access.
+// pixel: one colour step per packing and one walk per shape, parametrised by
+// the family's store. Sources record the furthest byte read and destinations
+// the bytes written, so a kernel runs on exactly those (AddressSanitizer sees
+// any stray access).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,14 +22,12 @@
 namespace kref {
 
 constexpr uint64_t kMask = 0x7E0FC1F;  // the fields of a spread pixel
-
 // Range tables filled at random: wide ones push most results into the clamps,
 // narrow ones keep most results inside the range.
 struct Tables {
   std::vector<uint16_t> y = std::vector<uint16_t>(256);
   std::vector<int64_t> cb = std::vector<int64_t>(256), cr = std::vector<int64_t>(256);
   ImgPrcContext ctx{};
-
   Tables(uint32_t seed, bool wide) {
     std::mt19937 rng(seed);
     const int32_t hiMax = wide ? 32767 : 6000;
@@ -49,21 +45,11 @@ struct Tables {
     UpdateColorMatrix(&ctx, matrix, range);
     ImgPrcBuildRangeTables(&ctx, brightness, contrast, saturation);
   }
-  explicit Tables(const ImgPrcContext& from)  // a copy of an instance's tables
-      : y(from.rangeTableY, from.rangeTableY + 256),
-        cb(from.rangeTableCb, from.rangeTableCb + 256),
-        cr(from.rangeTableCr, from.rangeTableCr + 256) {
-    Attach();
-  }
   Tables(const Tables&) = delete;  // ctx points into the vectors
   static int64_t Pack(int32_t hi, int32_t lo) {
     return static_cast<int32_t>(static_cast<uint32_t>(hi) << 16 | (static_cast<uint32_t>(lo) & 0xFFFF));
   }
-  void Attach() {
-    ctx.rangeTableY = y.data();
-    ctx.rangeTableCb = cb.data();
-    ctx.rangeTableCr = cr.data();
-  }
+  void Attach() { ctx.rangeTableY = y.data(), ctx.rangeTableCb = cb.data(), ctx.rangeTableCr = cr.data(); }
   // Red and blue: the high half doubled plus the sign of the low half. Green:
   // the two low halves summed on 16 bits (the carry is dropped), doubled.
   static int32_t Word(int64_t e) { return static_cast<int32_t>(static_cast<uint32_t>(e)); }
@@ -72,7 +58,6 @@ struct Tables {
     return static_cast<int16_t>(static_cast<uint16_t>(sum)) * 2;
   }
 };
-
 inline int32_t Clamp(int32_t v, int32_t hi) { return std::min(std::max(v, 0), hi); }
 
 // Channel sums of a pixel: its luma entry plus each colour term.
@@ -161,21 +146,18 @@ class Picture {
   void Cut() {
     for (int p = 0; p < 3; ++p) {
       cut_[p].assign(full_[p].begin(), full_[p].begin() + (reach_[p] + 1));
-      ptrs_[p] = raw_[p] = cut_[p].data();
+      raw_[p] = cut_[p].data();
     }
   }
-  const uint8_t* const* planes() const { return ptrs_; }
+  const uint8_t* const* planes() const { return raw_; }
   uint8_t** raw() { return raw_; }  // the same planes, as the frame call takes them
   uint32_t* strides() { return strides_; }
-
- private:
   uint8_t Read(int p, int64_t off) const {
     reach_[p] = std::max(reach_[p], off);
     return full_[p].at(static_cast<size_t>(off));
   }
   uint32_t strides_[3];
   std::vector<uint8_t> full_[3], cut_[3];
-  const uint8_t* ptrs_[3] = {nullptr, nullptr, nullptr};
   uint8_t* raw_[3] = {nullptr, nullptr, nullptr};
   mutable int64_t reach_[3] = {0, 0, 0};
 };
@@ -213,8 +195,6 @@ class Canvas {
     EXPECT_EQ(bad, 0u);
   }
   size_t size() const { return static_cast<size_t>(std::max<int64_t>(high_ + 1, 1)); }
-
- private:
   std::vector<uint8_t> expected_, pattern_;
   int64_t high_ = -1;
 };
@@ -262,17 +242,14 @@ inline std::vector<CpuLevel> Levels() {
 inline bool QuarterTurn(int rotation) { return rotation == 1 || rotation == 2; }
 
 // ---- Walks -------------------------------------------------------------------
-
 using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
 using PutFn = std::function<void(Canvas&, int64_t at, uint32_t v)>;
-
 // 16.16 step: ((src - 1) << 16) / (dst - 1), 0 for a destination of 1.
 inline int32_t Step(int32_t src, int32_t dst) {
   return dst == 1 ? 0 : static_cast<int32_t>((int64_t{src - 1} << 16) / (dst - 1));
 }
 // Rows of the enlarging RGB565 kernels are (pitch / 4) * 8 bytes apart.
 inline int64_t WideRow(int32_t pitch) { return int64_t{pitch >> 2} * 8; }
-
 // 2x2 blocks while row < h and column < w through the four cursors, steps used
 // rounded down to even bytes; both chroma planes addressed with stride 1.
 inline void RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const RecordOffsets& ro,
@@ -485,7 +462,6 @@ inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
 }
 
 // ---- Any kernel of any family ------------------------------------------------
-
 enum class Fam { Rgb565, Argb, Abgr, Rgb888 };
 // Members of a family (the kernels of one packing): same size, any ratio,
 // line-buffer enlargements, fixed ratios, then the 4:2:2 and 4:4:4 ones.
@@ -497,16 +473,14 @@ struct M {
 constexpr const char* kMemberNames[] = {"Plain",    "Rgb555",     "Rot",       "Rsz",      "RszRot", "RszUp",
                                         "Nearest",  "NearLinear", "RszUpRot",  "Case1",    "Case2",  "Case3",
                                         "Plain422", "Rsz422",     "RszRot422", "RszRot444"};
-
+// A run: dw x dh = sw x sh for the same-size members; pad is the destination
+// row bytes past the least the member needs.
 struct KRun {
   int m;  // an M
   Fam f;
-  int32_t sw, sh, dw, dh;  // dw x dh = sw x sh for the same-size members
-  int rot;
-  int32_t pad;  // destination row bytes past the least the member needs
+  int32_t sw, sh, dw, dh, rot, pad;
   uint32_t alpha;
 };
-
 inline bool Is32(Fam f) { return f == Fam::Argb || f == Fam::Abgr; }
 inline int64_t PixelBytes(Fam f) { return f == Fam::Rgb565 ? 2 : f == Fam::Rgb888 ? 3 : 4; }
 inline bool Rotating(int m) { return m == M::Rot || m == M::RszRot || m == M::RszUpRot; }
@@ -528,7 +502,6 @@ inline Picture MakePicture(const KRun& r, int32_t sw, int32_t sh, uint32_t seed)
   const int cols = r.m == M::RszRot444 ? 1 : 2, rows = r.m >= M::Plain422 ? 1 : 2;
   return Picture(sw, sh, r.pad / 2 + 1, seed, sh + 8, cols, rows);
 }
-
 // Colour key on pixel (x, y) with the chroma of its block, as RGB555 reads it.
 inline uint32_t KeyOf(Picture& pic, int32_t x, int32_t y) {
   return uint32_t{pic.Y(x, y)} << 16 | uint32_t{pic.C(1, x / 2, y / 2, pic.stride(1))} << 8 |

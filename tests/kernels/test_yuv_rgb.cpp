@@ -1,9 +1,7 @@
 // The YCbCr to RGB565 / RGB555 / ARGB32 / ABGR32 / RGB888 kernels against the
-// shared references: called directly (odd sizes, tight pitches, every
-// rotation) and through the frame call (set-up picks the member by resize
-// case). Random tables, narrow and wide (wide ones push most channels into the
-// clamps); sources cut to exactly the bytes the reference reads, destinations
-// and line buffers exactly as large as what it writes.
+// shared references: called directly (odd sizes, tight pitches, every rotation
+// and instruction-set level) and through the frame call (set-up picks the
+// member by resize case), with line buffers exactly as large as they may use.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -49,13 +47,11 @@ uint32_t CallKernel(const KRun& r, ImgPrcContext* ctx, Picture& pic, uint8_t* ds
       return _ORUYCbCr420ToRGB565RszRot(ctx, src, st, sw, sh, dw, dh);
     case M::RszUp:
       return _ORUYCbCr420ToRGB565RszUp(ctx, spread.ptr, src, st, sw, sh, dst, pitch, dw, dh);
-    case M::Nearest: {
-      LineSet lines(std::max(sw, 2) * 2);
-      return _ORUYCbCr420ToRGB565RszUp_Nearest(ctx, lines.ptr, src, st, sw, sh, dst, pitch, dw, dh);
-    }
+    case M::Nearest:
     case M::NearLinear: {
-      LineSet lines(std::max(sw, 2) * 8);
-      return _ORUYCbCr420ToRGB565RszUp_NearLinear(ctx, lines.ptr, src, st, sw, sh, dst, pitch, dw, dh);
+      LineSet lines(std::max(sw, 2) * (r.m == M::Nearest ? 2 : 8));
+      return (r.m == M::Nearest ? _ORUYCbCr420ToRGB565RszUp_Nearest : _ORUYCbCr420ToRGB565RszUp_NearLinear)(
+          ctx, lines.ptr, src, st, sw, sh, dst, pitch, dw, dh);
     }
     case M::RszUpRot:
       return _ORUYCbCr420ToRGB565RszUpRot(ctx, spread.ptr, src, st, sw, sh, dst + ro.pix[0], ro.stepY / 2,
@@ -231,20 +227,16 @@ struct Route {
 };
 
 // Every member of every family, rotating members in every orientation. Odd
-// sizes are rounded down to even by set-up.
+// sizes are rounded down to even by set-up; RGB555 ignores a size change and
+// 4:2:2 RGB565 a rotation.
 std::vector<Route> AllRoutes() {
-  std::vector<Route> v = {{0x00A, 0, 1, 36, 20, 36, 20, 0, M::Rgb555},
-                          {0x00A, 0, 1, 36, 20, 52, 28, 2, M::Rgb555},  // RGB555 ignores a size change
-                          {0x003, 0, 1, 36, 20, 80, 44, 2, M::RszUp},
-                          {0x003, 0, 1, 36, 20, 50, 30, 2, M::RszUp},
-                          {0x003, 0, 3, 36, 20, 50, 30, 2, M::NearLinear},
-                          {0x003, 2, 1, 36, 20, 80, 44, 2, M::RszUpRot},
-                          {0x003, 3, 0, 36, 20, 80, 44, 2, M::RszUpRot},
-                          {0x003, 0, 1, 320, 240, 480, 272, 7, M::Case3},
-                          {0x005, 0, 1, 320, 240, 480, 272, 7, M::RszUp},
-                          {0x103, 0, 1, 36, 20, 36, 20, 0, M::Plain422},
-                          {0x103, 2, 1, 36, 20, 50, 30, 2, M::Rsz422},  // rotation ignored
-                          {0x103, 0, 1, 36, 20, 20, 30, 1, M::Rsz422}};
+  std::vector<Route> v = {
+      {0x00A, 0, 1, 36, 20, 36, 20, 0, M::Rgb555},     {0x00A, 0, 1, 36, 20, 52, 28, 2, M::Rgb555},
+      {0x003, 0, 1, 36, 20, 80, 44, 2, M::RszUp},      {0x003, 0, 1, 36, 20, 50, 30, 2, M::RszUp},
+      {0x003, 0, 3, 36, 20, 50, 30, 2, M::NearLinear}, {0x003, 2, 1, 36, 20, 80, 44, 2, M::RszUpRot},
+      {0x003, 3, 0, 36, 20, 80, 44, 2, M::RszUpRot},   {0x003, 0, 1, 320, 240, 480, 272, 7, M::Case3},
+      {0x005, 0, 1, 320, 240, 480, 272, 7, M::RszUp},  {0x103, 0, 1, 36, 20, 36, 20, 0, M::Plain422},
+      {0x103, 2, 1, 36, 20, 50, 30, 2, M::Rsz422},     {0x103, 0, 1, 36, 20, 20, 30, 1, M::Rsz422}};
   for (uint32_t out : {3u, 4u, 5u, 9u}) {
     for (uint32_t rot = 1; rot <= 5; ++rot) {
       v.push_back({out, rot, 1, 36, 20, 36, 20, 0, M::Rot});
@@ -284,18 +276,14 @@ TEST_P(Frame, MatchesTheMemberItsCaseSelects) {
   KRun r = {rt.m, fam, 0, 0, 0, 0, rt.format == 0x103 ? 0 : int(rt.rotation), 4, p.alpha};
   r.sw = ctx.workSrcWidth, r.sh = ctx.workSrcHeight, r.dw = ctx.workDstWidth, r.dh = ctx.workDstHeight;
   const int32_t pitch = PitchOf(r);
-  // The instance's own tables (its vector rows where they reproduce them),
-  // then random ones in their place, refitted as a rebuild would.
-  for (int tables : {0, 1, 2}) {
-    SCOPED_TRACE(tables);
-    const Tables t =
-        tables == 0 ? Tables(ctx) : Tables(static_cast<uint32_t>(rt.sw * 7 + rt.dw + tables), tables == 2);
-    if (tables != 0) {
-      memcpy(ctx.rangeTableY, t.y.data(), 512);
-      memcpy(ctx.rangeTableCb, t.cb.data(), 2048);
-      memcpy(ctx.rangeTableCr, t.cr.data(), 2048);
-      ImgPrcFitAffineTables(ctx.rangeTableY, ctx.rangeTableCb, ctx.rangeTableCr, &ctx.affine);
-    }
+  for (bool wide :
+       {false, true}) {  // random tables in place of the instance's own, refitted as a rebuild would
+    SCOPED_TRACE(wide ? "wide tables" : "narrow tables");
+    const Tables t(static_cast<uint32_t>(rt.sw * 7 + rt.dw * 3 + rt.rotation + wide), wide);
+    memcpy(ctx.rangeTableY, t.y.data(), 512);
+    memcpy(ctx.rangeTableCb, t.cb.data(), 2048);
+    memcpy(ctx.rangeTableCr, t.cr.data(), 2048);
+    ImgPrcFitAffineTables(ctx.rangeTableY, ctx.rangeTableCb, ctx.rangeTableCr, &ctx.affine);
     Picture pic = MakePicture(r, rt.sw, rt.sh, static_cast<uint32_t>(rt.sw * 13 + rt.dw + rt.rotation));
     const uint32_t key = r.m == M::Rgb555 ? KeyOf(pic, 3, 1) : 0;
     ASSERT_EQ(r.m == M::Rgb555 ? ORU_IMAGEPROC_Set(h, IMGPRC_PROP_COLOR_KEY, &key, sizeof key) : IMGPRC_OK,
