@@ -263,9 +263,8 @@ inline void RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const R
     }
 }
 
-// Sample of a plane at 16.16 position (x, y): down each column with weight wy
-// (values x 2), then across with wx; the next column is clamped to `last`, the
-// next row is not.
+// Sample of a plane at 16.16 position (x, y): down each column with weight wy (values x 2), then
+// across with wx; the next column is clamped to `last`, the next row is not.
 inline uint8_t Bilinear(Picture& pic, int plane, int32_t last, uint32_t x, uint32_t y) {
   const int64_t xi = x >> 16, yi = y >> 16, xn = std::min<int64_t>(xi + 1, last);
   const int32_t wx = (x >> 11) & 31, wy = (y >> 11) & 31;
@@ -276,9 +275,8 @@ inline uint8_t Bilinear(Picture& pic, int plane, int32_t last, uint32_t x, uint3
   return static_cast<uint8_t>((down(xn) * wx + down(xi) * (32 - wx)) >> 6);
 }
 
-// Output block (m, n) of an any-ratio resize, pixels (0,0), (1,0), (0,1),
-// (1,1): bilinear luma, chroma nearest to the block centre (with `rowChroma`,
-// 4:2:2: each row's chroma from its own luma row).
+// Output block (m, n) of an any-ratio resize, pixels (0,0), (1,0), (0,1), (1,1): bilinear luma, chroma
+// nearest to the block centre (with `rowChroma`, 4:2:2: each row's chroma from its own luma row).
 template <class Put>
 void ForEachResizedBlock(Picture& pic, int32_t sw, int32_t sh, int32_t dw, int32_t dh, const PixelFn& px,
                          Put put, bool rowChroma = false) {
@@ -473,12 +471,10 @@ struct M {
 constexpr const char* kMemberNames[] = {"Plain",    "Rgb555",     "Rot",       "Rsz",      "RszRot", "RszUp",
                                         "Nearest",  "NearLinear", "RszUpRot",  "Case1",    "Case2",  "Case3",
                                         "Plain422", "Rsz422",     "RszRot422", "RszRot444"};
-// A run: dw x dh = sw x sh for the same-size members; pad is the destination
-// row bytes past the least the member needs.
-struct KRun {
-  int m;  // an M
+struct KRun {  // dw x dh = sw x sh for the same-size members
+  int m;       // an M
   Fam f;
-  int32_t sw, sh, dw, dh, rot, pad;
+  int32_t sw, sh, dw, dh, rot, pad;  // pad: destination row bytes past the least the member needs
   uint32_t alpha;
 };
 inline bool Is32(Fam f) { return f == Fam::Argb || f == Fam::Abgr; }
@@ -587,11 +583,8 @@ inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int
       lines = Case3Phases(t, pic);
       break;
   }
-  // Line members. RGB565: rotated, row j from the first cursor + j * (stepY / 2)
-  // with pixels stepX / 2 apart (byte steps, used rounded down to whole
-  // pixels); else pixel pairs in 64-bit words with a zero upper half. 32-bit
-  // pixels are consecutive, row pairs placed as the block members place them;
-  // RGB888 3 bytes.
+  // Line members. Rotated: row j at cursor + j * stepY / 2, pixels stepX / 2 apart (even bytes). RGB565:
+  // pairs in 64-bit words, upper half 0. 32-bit: row pairs as the blocks place them; RGB888 3 bytes.
   for (size_t j = 0; j < lines.size(); ++j)
     for (size_t k = 0; k < lines[j].size(); ++k) {
       const Terms& p = lines[j][k];

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "imageproc/color_affine.h"
 #include "kernel_ref.h"
 #include "kernels/yuv420_rgb565_rows.h"
 
@@ -81,6 +82,13 @@ TEST(Rgb565VectorRow, MatchesTheFormulas) {
           }
   }
   cpu_set_cap(CPU_NEON);
+}
+
+TEST(Rgb565VectorRow, TablesThatAreNotAffineKeepTheLookups) {
+  Tables random(3, true);
+  EXPECT_FALSE(
+      ImgPrcFitAffineTables(random.y.data(), random.cb.data(), random.cr.data(), &random.ctx.affine));
+  EXPECT_EQ(Rgb565RowOf(&random.ctx), nullptr);
 }
 
 }  // namespace

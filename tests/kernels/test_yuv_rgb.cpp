@@ -101,8 +101,7 @@ std::vector<KRun> DirectRuns() {
                     {8, 6, 1, 5},       {9, 7, 5, 3},   {4, 4, 4, 4},  {32, 18, 48, 26}};
   add(M::Rsz, rsz, {0}, {8});
   add(M::RszRot, {{12, 10, 6, 4}, {6, 4, 10, 8}, {8, 8, 2, 2}}, {0, 1, 2, 3, 4, 5}, {0, 4});
-  // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2 and
-  // rows 7 and 8 chroma row 3.
+  // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2, rows 7 and 8 chroma row 3.
   const auto up = {Size{4, 4, 8, 8}, {6, 4, 9, 7},   {8, 6, 1, 1}, {10, 8, 16, 30}, {16, 6, 24, 9},
                    {12, 11, 12, 13}, {20, 10, 8, 6}, {2, 2, 3, 2}, {8, 11, 8, 5}};
   add(M::RszUp, up, {0}, {0, 6});
@@ -169,9 +168,9 @@ TEST(Rgb565ColourStep, LookedUpClampsMatchComparisonsOverEveryReachableSum) {
   for (int32_t sum = -65536; sum <= 131070; ++sum) {
     const int32_t l = std::min(std::max(sum, 0), 65535);
     const scrim::ChromaTerms t{sum - l, sum - l, sum - l};
-    const uint16_t want =
-        static_cast<uint16_t>(Clamp(sum >> 10, 31) << 11 | Clamp(sum >> 9, 63) << 5 | Clamp(sum >> 10, 31));
-    ASSERT_EQ(scrim::Rgb565(l, t), want) << sum;
+    ASSERT_EQ(scrim::Rgb565(l, t),
+              Clamp(sum >> 10, 31) << 11 | Clamp(sum >> 9, 63) << 5 | Clamp(sum >> 10, 31))
+        << sum;
   }
 }
 
