@@ -180,10 +180,6 @@ class Canvas {
   }
   void Put16(int64_t off, uint16_t v) { Put(off, &v, 2); }
   void Put64(int64_t off, uint64_t v) { Put(off, &v, 8); }
-  void Copy(int64_t to, int64_t from, size_t n) {  // as a kernel's row copy does
-    std::vector<uint8_t> tmp(expected_.begin() + from, expected_.begin() + from + static_cast<int64_t>(n));
-    Put(to, tmp.data(), n);
-  }
   std::vector<uint8_t> Target() const { return {pattern_.begin(), pattern_.begin() + size()}; }
   // The kernel's buffer equals the expected bytes, written and untouched alike.
   void ExpectEqual(const std::vector<uint8_t>& got) const {
@@ -239,7 +235,6 @@ inline std::vector<CpuLevel> Levels() {
   cpu_set_cap(CPU_NEON);
   return levels;
 }
-inline bool QuarterTurn(int rotation) { return rotation == 1 || rotation == 2; }
 
 // ---- Walks -------------------------------------------------------------------
 using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
@@ -448,7 +443,8 @@ inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
       for (int i = 0; i < 2; ++i) rows[i] = NearestLine(t, pic, sw, 2 * pairDone + i, doubled);
     }
     if (r == shown) {
-      cv.Copy(j * rowBytes, (j - 1) * rowBytes, 2 * static_cast<size_t>(dw));
+      const auto from = cv.expected_.begin() + (j - 1) * rowBytes;
+      cv.Put(j * rowBytes, std::vector<uint8_t>(from, from + 2 * dw).data(), 2 * static_cast<size_t>(dw));
     } else {
       const auto& line = rows[r % 2];
       const int64_t lw = static_cast<int64_t>(line.size());
@@ -479,7 +475,6 @@ struct KRun {  // dw x dh = sw x sh for the same-size members
 };
 inline bool Is32(Fam f) { return f == Fam::Argb || f == Fam::Abgr; }
 inline int64_t PixelBytes(Fam f) { return f == Fam::Rgb565 ? 2 : f == Fam::Rgb888 ? 3 : 4; }
-inline bool Rotating(int m) { return m == M::Rot || m == M::RszRot || m == M::RszUpRot; }
 
 // Least row bytes plus the pad: block members in whole blocks (32-bit pixels
 // in 64-bit words, RGB565 resize pairs in 64-bit words); the line members'
@@ -487,7 +482,7 @@ inline bool Rotating(int m) { return m == M::Rot || m == M::RszRot || m == M::Rs
 inline int32_t PitchOf(const KRun& r) {
   const bool same = r.m == M::Plain || r.m == M::Rgb555 || r.m == M::Rot || r.m == M::Plain422;
   const bool block = same || r.m == M::Rsz || r.m == M::Rsz422 || r.f != Fam::Rgb565;
-  const int32_t w = QuarterTurn(r.rot) ? r.dh : same ? r.sw : r.dw;
+  const int32_t w = r.rot == 1 || r.rot == 2 ? r.dh : same ? r.sw : r.dw;
   const int64_t bytes = (r.m == M::Plain || r.m == M::Rsz) && Is32(r.f)             ? 8
                         : r.m == M::Rsz422 || (r.m == M::Rsz && r.f == Fam::Rgb565) ? 4
                                                                                     : PixelBytes(r.f);

@@ -24,14 +24,9 @@ void ExpectRowMatches(const Tables& t, const std::vector<uint8_t>& cb, const std
   std::vector<uint8_t> y[2] = {std::vector<uint8_t>(2 * n), std::vector<uint8_t>(2 * n)};
   for (size_t m = 0; m < n; ++m) quad(m, &y[0][2 * m], &y[1][2 * m]);
   std::vector<uint16_t> d[2] = {std::vector<uint16_t>(2 * n), std::vector<uint16_t>(2 * n)};
-  const Rgb565RowPair rp{y[0].data(),
-                         y[1].data(),
-                         cb.data(),
-                         cr.data(),
-                         reinterpret_cast<uint8_t*>(d[0].data()),
-                         reinterpret_cast<uint8_t*>(d[1].data()),
-                         &t.ctx,
-                         key ? *key : 0};
+  uint8_t* out[2] = {reinterpret_cast<uint8_t*>(d[0].data()), reinterpret_cast<uint8_t*>(d[1].data())};
+  const Rgb565RowPair rp{y[0].data(), y[1].data(), cb.data(), cr.data(),
+                         out[0],      out[1],      &t.ctx,    key ? *key : 0};
   const Rgb565Row* row = key ? Rgb555KeyRowOf(&t.ctx) : Rgb565RowOf(&t.ctx);
   ASSERT_NE(row, nullptr) << "tables not reproduced";
   run_row(*row, 0, n, &rp);
