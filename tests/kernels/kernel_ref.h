@@ -1,8 +1,6 @@
-// References for the YCbCr to RGB kernels, written from the rules pixel by
-// pixel: one colour step per packing and one walk per shape, parametrised by
-// the family's store. Sources record the furthest byte read and destinations
-// the bytes written, so a kernel runs on exactly those (AddressSanitizer sees
-// any stray access).
+// References for the YCbCr to RGB kernels, written from the rules pixel by pixel: one colour step per
+// packing and one walk per shape. Sources record the furthest byte read and destinations the bytes written,
+// so a kernel runs on exactly those (AddressSanitizer sees any stray access).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -227,7 +225,6 @@ inline ImgPrcRotationRecord MakeRecord(const RecordOffsets& o, uint8_t* base) {
   return {o.stepX, o.stepY, base + o.pix[0], base + o.pix[1], base + o.pix[2], base + o.pix[3], 0, 0,
           0,       0,       nullptr,         nullptr,         nullptr};
 }
-// The instruction-set levels this CPU offers, scalar first.
 inline std::vector<CpuLevel> Levels() {
   std::vector<CpuLevel> levels;
   for (unsigned l = CPU_SCALAR; l <= CPU_NEON; ++l)
@@ -236,7 +233,6 @@ inline std::vector<CpuLevel> Levels() {
   return levels;
 }
 
-// ---- Walks -------------------------------------------------------------------
 using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
 using PutFn = std::function<void(Canvas&, int64_t at, uint32_t v)>;
 // 16.16 step: ((src - 1) << 16) / (dst - 1), 0 for a destination of 1.

@@ -1,6 +1,5 @@
-// The vector RGB565 / RGB555 rows against the formulas, at every
-// instruction-set level this CPU offers. The kernels that use them are checked
-// at every level in test_yuv_rgb.
+// The vector RGB565 / RGB555 rows against the formulas, at every level this
+// CPU offers (the kernels that use them are checked in test_yuv_rgb).
 #include <gtest/gtest.h>
 
 #include <random>
@@ -84,6 +83,11 @@ TEST(Rgb565VectorRow, TablesThatAreNotAffineKeepTheLookups) {
   EXPECT_FALSE(
       ImgPrcFitAffineTables(random.y.data(), random.cb.data(), random.cr.data(), &random.ctx.affine));
   EXPECT_EQ(Rgb565RowOf(&random.ctx), nullptr);
+  // Luma that fits one steep piece, whose 32-bit lanes overflow further along.
+  std::fill(random.y.begin() + 2, random.y.end(), 65535), random.y[0] = 1, random.y[1] = 65534;
+  std::fill(random.cb.begin(), random.cb.end(), 0), std::fill(random.cr.begin(), random.cr.end(), 0);
+  EXPECT_FALSE(
+      ImgPrcFitAffineTables(random.y.data(), random.cb.data(), random.cr.data(), &random.ctx.affine));
 }
 
 }  // namespace

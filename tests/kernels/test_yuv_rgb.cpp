@@ -1,7 +1,6 @@
-// The YCbCr to RGB565 / RGB555 / ARGB32 / ABGR32 / RGB888 kernels against the
-// shared references: called directly (odd sizes, tight pitches, every rotation
-// and instruction-set level) and through the frame call (set-up picks the
-// member by resize case), with line buffers exactly as large as they may use.
+// The YCbCr to RGB kernels against the shared references, called directly (odd
+// sizes, tight pitches, every rotation and level) and through the frame call
+// (set-up picks the member by resize case), with line buffers of exact size.
 #include <gtest/gtest.h>
 
 #include <string>
