@@ -15,31 +15,21 @@
 struct CreateArgs {
   uint32_t format = 0x000;
   uint32_t srcWidth = 16, srcHeight = 8, dstWidth = 16, dstHeight = 8;
-  uint32_t rotation = 0;
-  uint32_t resizeMode = 1;
-  uint32_t colorMatrix = 0, fullRange = 0;
+  uint32_t rotation = 0, resizeMode = 1, colorMatrix = 0, fullRange = 0;
 };
 
 inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
-  return {sizeof(ImgPrcCreateParams),
-          a.format,
-          a.rotation,
-          a.resizeMode,
-          a.srcWidth,
-          a.srcHeight,
-          a.dstWidth,
-          a.dstHeight,
-          0xFF,
-          0,
-          a.colorMatrix,
-          a.fullRange};
+  const ImgPrcCreateParams p = {sizeof p,   a.format,    a.rotation,    a.resizeMode,
+                                a.srcWidth, a.srcHeight, a.dstWidth,    a.dstHeight,
+                                0xFF,       0,           a.colorMatrix, a.fullRange};
+  return p;
 }
 
-// An instance destroyed at the end of the scope.
+// An instance destroyed at the end of the scope, made from the arguments or
+// from a whole record (size included).
 class Instance {
  public:
   explicit Instance(const CreateArgs& a) : Instance(MakeParams(a), 0) {}
-  // From a whole record, size included.
   static Instance Of(const ImgPrcCreateParams& p) { return Instance(p, 0); }
   ~Instance() {
     if (handle_) ORU_IMAGEPROC_Destroy(handle_);
@@ -64,10 +54,6 @@ struct Picture {
   uint8_t* planes[3] = {nullptr, nullptr, nullptr};
   uint32_t strides[3] = {0, 0, 0};
 
-  Picture() = default;
-  Picture(const Picture&) = delete;
-  Picture& operator=(const Picture&) = delete;
-
   void AddPlane(int i, uint32_t width, uint32_t rows, uint32_t stride, uint8_t seed) {
     size_t size = rows == 0 ? 0 : static_cast<size_t>(stride) * (rows - 1) + width;
     bytes[i].resize(size == 0 ? 1 : size);
@@ -78,8 +64,7 @@ struct Picture {
   }
 };
 
-// A planar 4:2:0 picture of width x height (chroma (width / 2) x (height / 2))
-// with the given strides.
+// A planar 4:2:0 picture of width x height (chroma halved) with the given strides.
 inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t lumaStride, uint32_t cbStride,
                        uint32_t crStride, uint8_t seed) {
   pic.AddPlane(0, width, height, lumaStride, seed);
@@ -91,33 +76,29 @@ inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t l
 // NV12 two, packed and RGB one.
 inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
 
-// A picture for either side of format `code`, each plane 20 rows of 64 bytes:
-// enough for the 16 x 8 default instance in any layout (32-bit rows land up to
-// 4 strides apart, and resizing kernels read a row past the picture).
-inline void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
-  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 64, 20, 64, static_cast<uint8_t>(seed + i));
+// A picture for either side of format `code`, each plane `side` rows of `side`
+// bytes. 64 x 20 is enough for the 16 x 8 default instance in any layout
+// (32-bit rows land up to 4 strides apart, resizing kernels read a row past).
+inline void MakeFor(Picture& pic, int32_t code, uint8_t seed, uint32_t side = 0) {
+  for (int i = 0; i < PlanesOf(code); ++i)
+    pic.AddPlane(i, side ? side : 64, side ? side : 20, side ? side : 64, static_cast<uint8_t>(seed + i));
 }
 
-inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
-  ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
-  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
-}
-
-// The same on planes held elsewhere.
 inline uint32_t Frame(const Instance& inst, uint8_t* const* src, const uint32_t* srcStrides,
-                      uint8_t* const* dst, const uint32_t* dstStrides) {
-  ImgPrcFrameParams f = {sizeof f, 0, 0};
+                      uint8_t* const* dst, const uint32_t* dstStrides, uint32_t deinterlace = 0) {
+  ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), const_cast<uint8_t**>(src),
                                     const_cast<uint32_t*>(srcStrides), const_cast<uint8_t**>(dst),
                                     const_cast<uint32_t*>(dstStrides), &f);
 }
+inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
+  return Frame(inst, src.planes, src.strides, dst.planes, dst.strides, deinterlace);
+}
 
 // What a row-by-row copy of rows x width bytes leaves in a plane that held
 // dstBefore: the copied bytes from src, every other byte as it was.
-inline std::vector<uint8_t> CopiedRows(const std::vector<uint8_t>& dstBefore, uint32_t dstStride,
-                                       const uint8_t* src, uint32_t srcStride, uint32_t width,
-                                       uint32_t rows) {
-  std::vector<uint8_t> want = dstBefore;
+inline std::vector<uint8_t> CopiedRows(std::vector<uint8_t> want, uint32_t dstStride, const uint8_t* src,
+                                       uint32_t srcStride, uint32_t width, uint32_t rows) {
   for (uint32_t y = 0; y < rows; ++y) {
     for (uint32_t x = 0; x < width; ++x) want[y * dstStride + x] = src[y * srcStride + x];
   }

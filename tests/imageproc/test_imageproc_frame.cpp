@@ -3,7 +3,6 @@
 // key, Reset).
 #include <gtest/gtest.h>
 #include <stdint.h>
-#include <string.h>
 
 #include <algorithm>
 #include <vector>
@@ -13,106 +12,70 @@
 
 namespace {
 
-TEST(Frame, RecordAndHandleChecks) {
+TEST(Frame, RecordHandleAndFormatChecks) {
   Instance inst({});
   Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  void* h = inst.handle();
-  auto frame = [&](void* handle, uint8_t** sp, uint32_t* dstStrides, uint32_t size, bool noRecord = false) {
+  MakeFor(src, 0, 1);
+  MakeFor(dst, 0, 2);
+  auto frame = [&](void* handle, uint8_t** sp, uint32_t* dstStrides, uint32_t size, bool record = true) {
     ImgPrcFrameParams f = {size, 0, 0};
-    return ORU_IMAGEPROC_ProcessFrame(handle, sp, src.strides, dst.planes, dstStrides,
-                                      noRecord ? nullptr : &f);
+    return ORU_IMAGEPROC_ProcessFrame(handle, sp, src.strides, dst.planes, dstStrides, record ? &f : nullptr);
   };
-  EXPECT_EQ(frame(h, src.planes, dst.strides, 13), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(frame(h, src.planes, dst.strides, 12, true), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(inst.handle(), src.planes, dst.strides, 13), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(inst.handle(), src.planes, dst.strides, 12, false), IMGPRC_E_INVALIDARG);
   EXPECT_EQ(frame(nullptr, src.planes, dst.strides, 12), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(frame(h, nullptr, dst.strides, 12), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(frame(h, src.planes, nullptr, 12), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(frame(h, src.planes, dst.strides, 0), IMGPRC_OK);  // size 0 reads as all zero: a plain frame
+  EXPECT_EQ(frame(inst.handle(), nullptr, dst.strides, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(inst.handle(), src.planes, nullptr, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(frame(inst.handle(), src.planes, dst.strides, 0), IMGPRC_OK);  // size 0 reads as a plain frame
+  inst.ctx()->format = 0xA00;  // codes outside the tables: input 10, output 11
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
+  inst.ctx()->format = 0x00B;
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
 }
 
 // Each plane a format has must come with an address and a stride; the planes it
 // does not have are not looked at. One conversion per input and per output code.
 TEST(Frame, PlanesNeededPerFormat) {
-  struct Side {
-    bool source;
-    std::vector<uint32_t> codes;
-  };
-  const Side sides[] = {{true, {0x000, 0x103, 0x203, 0x303, 0x403, 0x500, 0x800, 0x900}},
-                        {false, {0x000, 0x003, 0x004, 0x005, 0x006, 0x007, 0x008, 0x009, 0x00A}}};
-  for (const Side& side : sides) {
-    const bool source = side.source;
-    for (uint32_t code : side.codes) {
-      Instance inst({code});
-      ASSERT_EQ(inst.result(), IMGPRC_OK);
-      const int32_t input = static_cast<int32_t>(code) >> 8, output = code & 0xFF;
-      for (int plane = 0; plane < 3; ++plane) {
-        for (bool zeroStride : {false, true}) {
-          SCOPED_TRACE(testing::Message()
-                       << std::hex << "conversion " << code << (source ? " source" : " output") << " plane "
-                       << plane << (zeroStride ? " stride 0" : " null"));
-          Picture src, dst;
-          MakeFor(src, input, 1);
-          MakeFor(dst, output, 9);
-          Picture& side = source ? src : dst;
-          if (zeroStride) {
-            side.strides[plane] = 0;
-          } else {
-            side.planes[plane] = nullptr;
-          }
-          const uint32_t r = Frame(inst, src, dst);
-          if (plane < PlanesOf(source ? input : output)) {
-            EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
-          } else {
-            EXPECT_NE(r, IMGPRC_E_INVALIDARG);
-          }
-        }
-      }
+  for (uint32_t code : {0x103u, 0x203u, 0x303u, 0x403u, 0x500u, 0x800u, 0x900u, 0x000u, 0x004u, 0x005u,
+                        0x006u, 0x007u, 0x008u, 0x009u, 0x00Au}) {
+    Instance inst({code});
+    const int32_t input = static_cast<int32_t>(code) >> 8, output = code & 0xFF;
+    for (int i = 0; i < 12; ++i) {
+      const bool source = i < 6, zeroStride = i % 2;
+      const int plane = i % 6 / 2;
+      Picture src, dst;
+      MakeFor(src, input, 1);
+      MakeFor(dst, output, 9);
+      Picture& side = source ? src : dst;
+      if (zeroStride) side.strides[plane] = 0;
+      if (!zeroStride) side.planes[plane] = nullptr;
+      const uint32_t r = Frame(inst, src, dst);
+      EXPECT_EQ(r == IMGPRC_E_INVALIDARG, plane < PlanesOf(source ? input : output))
+          << std::hex << "conversion " << code << (source ? " source" : " output") << " plane " << plane
+          << (zeroStride ? " stride 0" : " null");
     }
   }
 }
 
-TEST(Frame, FormatCodesOutsideTheTablesAreUnexpected) {
-  Instance inst({});
-  Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-  inst.ctx()->format = 0xA00;  // input 10
-  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
-  inst.ctx()->format = 0x00B;  // output 11
-  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_E_UNEXPECTED);
-  inst.ctx()->format = 0x000;
-  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
-}
-
+// Odd sizes are copied as the even size below; the destination addressing is
+// set up for every frame, unrotated too.
 TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
-  struct Case {
-    uint32_t w, h, srcStrides[3], dstStrides[3];
-  };
-  const Case cases[] = {
-      {32, 16, {32, 16, 16}, {32, 16, 16}},  // tight
-      {32, 16, {48, 24, 20}, {40, 16, 32}},  // padded
-      {31, 17, {31, 16, 16}, {36, 18, 18}},  // odd: copied as 30 x 16
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h);
+  const struct {
+    uint32_t w, h, src[3], dst[3];
+  } cases[] = {{32, 16, {32, 16, 16}, {32, 16, 16}}, {31, 17, {31, 16, 16}, {36, 18, 18}}};
+  for (const auto& c : cases) {
     Instance inst({0x000, c.w, c.h, c.w, c.h});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    Picture src, dst, before;
-    MakePlanar(src, c.w, c.h, c.srcStrides[0], c.srcStrides[1], c.srcStrides[2], 3);
-    MakePlanar(dst, c.w, c.h, c.dstStrides[0], c.dstStrides[1], c.dstStrides[2], 77);
-    MakePlanar(before, c.w, c.h, c.dstStrides[0], c.dstStrides[1], c.dstStrides[2], 77);
+    Picture src, dst;
+    MakePlanar(src, c.w, c.h, c.src[0], c.src[1], c.src[2], 3);
+    MakePlanar(dst, c.w, c.h, c.dst[0], c.dst[1], c.dst[2], 77);
+    std::vector<uint8_t> want[3];
+    const uint32_t w = c.w & ~1u, h = c.h & ~1u;
+    for (int p = 0; p < 3; ++p)
+      want[p] = CopiedRows(dst.bytes[p], c.dst[p], src.planes[p], c.src[p], p ? w / 2 : w, p ? h / 2 : h);
     const unsigned long allocations = ImgPrcAllocationCount();
     EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
     EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-    for (int p = 0; p < 3; ++p) {
-      const uint32_t w = c.w & ~1u, h = c.h & ~1u;
-      EXPECT_EQ(dst.bytes[p], CopiedRows(before.bytes[p], c.dstStrides[p], src.planes[p], c.srcStrides[p],
-                                         p ? w / 2 : w, p ? h / 2 : h))
-          << "plane " << p;
-    }
-    // The destination addressing is set up for every frame, unrotated too.
+    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], want[p]) << c.w << "x" << c.h << " plane " << p;
     EXPECT_EQ(inst.ctx()->rotationRecord->yStart, dst.planes[0]);
     EXPECT_EQ(inst.ctx()->rotationRecord->crStart, dst.planes[2]);
   }
@@ -121,28 +84,22 @@ TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
 // A size of 1 is processed as 0: no pixel to read or to resize from. Every
 // route reports not implemented and writes nothing.
 TEST(Frame, PictureOnePixelWideOrHighIsRefused) {
-  struct Case {
+  const struct {
     uint32_t format, sw, sh, dw, dh, rotation;
-  };
-  const Case cases[] = {{0x003, 1, 8, 8, 8, 0},   {0x003, 8, 1, 8, 8, 0}, {0x003, 1, 248, 3, 245, 1},
-                        {0x003, 8, 8, 1, 8, 0},   {0x003, 1, 1, 1, 1, 0}, {0x000, 1, 8, 1, 8, 0},
-                        {0x000, 8, 1, 16, 16, 3}, {0x00A, 1, 8, 8, 8, 0}, {0x105, 1, 1, 1, 1, 0},
-                        {0x303, 16, 8, 16, 1, 2}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << std::hex << c.format << std::dec << " " << c.sw << "x" << c.sh
-                                    << " to " << c.dw << "x" << c.dh << " rotation " << c.rotation);
+  } cases[] = {{0x003, 1, 8, 8, 8, 0},   {0x003, 8, 1, 8, 8, 0}, {0x003, 1, 248, 3, 245, 1},
+               {0x003, 8, 8, 1, 8, 0},   {0x003, 1, 1, 1, 1, 0}, {0x000, 1, 8, 1, 8, 0},
+               {0x000, 8, 1, 16, 16, 3}, {0x00A, 1, 8, 8, 8, 0}, {0x105, 1, 1, 1, 1, 0},
+               {0x303, 16, 8, 16, 1, 2}};
+  for (const auto& c : cases) {
     Instance inst({c.format, c.sw, c.sh, c.dw, c.dh, c.rotation});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
     const uint32_t side = std::max({c.sw, c.sh, c.dw, c.dh}) * 4;
-    Picture src, dst, before;
-    for (int p = 0; p < PlanesOf(static_cast<int32_t>(c.format) >> 8); ++p)
-      src.AddPlane(p, side, side, side, 1);
-    for (int p = 0; p < PlanesOf(c.format & 0xFF); ++p) {
-      dst.AddPlane(p, side, side, side, 7);
-      before.AddPlane(p, side, side, side, 7);
-    }
-    EXPECT_EQ(Frame(inst, src, dst, 3), IMGPRC_E_NOTIMPL);
-    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], before.bytes[p]);
+    Picture src, dst;
+    MakeFor(src, static_cast<int32_t>(c.format) >> 8, 1, side);
+    MakeFor(dst, c.format & 0xFF, 7, side);
+    const std::vector<uint8_t> before = dst.bytes[0];
+    EXPECT_EQ(Frame(inst, src, dst, 3), IMGPRC_E_NOTIMPL)
+        << std::hex << c.format << std::dec << " " << c.sw << "x" << c.sh << " to " << c.dw << "x" << c.dh;
+    EXPECT_EQ(dst.bytes[0], before);
   }
 }
 
@@ -165,58 +122,42 @@ uint32_t FakeRgbToYuv(const uint8_t* src, uint32_t srcStride, uint8_t** dstPlane
 
 TEST(Frame, RgbToYCbCrRouteCallsTheChosenKernel) {
   Instance inst({0x500, 15, 9, 40, 8});  // a size change is ignored on this path
-  ASSERT_EQ(inst.result(), IMGPRC_OK);
   inst.ctx()->rgbToYuvKernel = FakeRgbToYuv;
   Picture src, dst;
   MakeFor(src, 5, 1);
   MakeFor(dst, 0, 2);
-  g_rgbToYuv = {};
   EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
-  EXPECT_EQ(g_rgbToYuv.calls, 1);
-  EXPECT_EQ(g_rgbToYuv.src, src.planes[0]);
-  EXPECT_EQ(g_rgbToYuv.srcStride, src.strides[0]);
-  EXPECT_EQ(g_rgbToYuv.dstPlanes, dst.planes);
-  EXPECT_EQ(g_rgbToYuv.dstStrides, dst.strides);
-  EXPECT_EQ(g_rgbToYuv.width, 14u);
-  EXPECT_EQ(g_rgbToYuv.height, 8u);
+  const RgbToYuvCall& g = g_rgbToYuv;
+  EXPECT_EQ(g.calls, 1);
+  EXPECT_TRUE(g.src == src.planes[0] && g.dstPlanes == dst.planes && g.dstStrides == dst.strides);
+  EXPECT_EQ((std::vector<uint32_t>{g.srcStride, g.width, g.height}), (std::vector<uint32_t>{64, 14, 8}));
 }
 
 // ---- properties -------------------------------------------------------------------
 
-ImgPrcColorAdjust GetAdjust(const Instance& inst, uint32_t* result) {
-  ImgPrcColorAdjust a = {-1, -1, -1};
-  uint32_t written = 0;
-  *result = ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, sizeof a, &written);
-  EXPECT_EQ(written, 12u);
-  return a;
+ImgPrcColorAdjust GetAdjust(const Instance& inst, uint32_t* result = nullptr, uint32_t size = 12) {
+  ImgPrcColorAdjust a[2] = {{-1, -1, -1}, {-1, -1, -1}};
+  uint32_t written = 0, r = ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, a, size, &written);
+  if (result) *result = r;
+  EXPECT_EQ(written, r == IMGPRC_E_INVALIDARG ? 0u : 12u);
+  return a[0];
 }
 
-TEST(Properties, ColorAdjustSizeRules) {
+TEST(Properties, ColorAdjustSizeRulesAndUnknownIds) {
   Instance inst({});
   EXPECT_EQ(SetAdjust(inst, 150, 100, 90, 13), IMGPRC_E_INVALIDARG);
   EXPECT_EQ(inst.ctx()->adjustActive, 0u);
-  // Eight bytes: saturation reads as 0.
-  EXPECT_EQ(SetAdjust(inst, 150, 100, 90, 8), IMGPRC_OK);
+  EXPECT_EQ(SetAdjust(inst, 150, 100, 90, 8), IMGPRC_OK);  // saturation reads as 0
   uint32_t r;
-  ImgPrcColorAdjust got = GetAdjust(inst, &r);
+  GetAdjust(inst, &r, 11);
+  EXPECT_EQ(r, IMGPRC_E_INVALIDARG);
+  const ImgPrcColorAdjust got = GetAdjust(inst, &r, 16);
   EXPECT_EQ(r, IMGPRC_OK);
-  EXPECT_EQ(got.brightness, 150);
-  EXPECT_EQ(got.contrast, 100);
-  EXPECT_EQ(got.saturation, 0);
-
-  ImgPrcColorAdjust a;
-  uint32_t written = 0;
-  EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, 11, &written),
-            IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, 16, &written), IMGPRC_OK);
-  EXPECT_EQ(written, 12u);
-  EXPECT_EQ(ORU_IMAGEPROC_Set(nullptr, IMGPRC_PROP_COLOR_ADJUST, &a, 12), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(ORU_IMAGEPROC_Get(nullptr, IMGPRC_PROP_COLOR_ADJUST, &a, 12, &written), IMGPRC_E_INVALIDARG);
-}
-
-TEST(Properties, UnknownIdsAreNotFound) {
-  Instance inst({});
+  EXPECT_EQ((std::vector<int>{got.brightness, got.contrast, got.saturation}),
+            (std::vector<int>{150, 100, 0}));
   uint32_t v = 0, written = 0;
+  EXPECT_EQ(ORU_IMAGEPROC_Set(nullptr, IMGPRC_PROP_COLOR_ADJUST, &v, 12), IMGPRC_E_INVALIDARG);
+  EXPECT_EQ(ORU_IMAGEPROC_Get(nullptr, IMGPRC_PROP_COLOR_ADJUST, &v, 12, &written), IMGPRC_E_INVALIDARG);
   for (uint32_t id : {0u, 3u, 1027u}) {
     EXPECT_EQ(ORU_IMAGEPROC_Set(inst.handle(), id, &v, sizeof v), IMGPRC_E_NOTFOUND) << id;
     EXPECT_EQ(ORU_IMAGEPROC_Get(inst.handle(), id, &v, sizeof v, &written), IMGPRC_E_NOTFOUND) << id;
@@ -224,72 +165,57 @@ TEST(Properties, UnknownIdsAreNotFound) {
 }
 
 TEST(Properties, GetAdjustReportsWhetherTheConversionSupportsIt) {
-  struct Case {
+  const struct {
     uint32_t format, want;
-  };
-  const Case cases[] = {{0x000, IMGPRC_OK},     {0x003, IMGPRC_OK},     {0x00A, IMGPRC_OK},
-                        {0x209, IMGPRC_OK},     {0x006, IMGPRC_E_FAIL}, {0x007, IMGPRC_E_FAIL},
-                        {0x008, IMGPRC_E_FAIL}, {0x300, IMGPRC_E_FAIL}, {0x303, IMGPRC_E_FAIL},
-                        {0x800, IMGPRC_E_FAIL}, {0x900, IMGPRC_E_FAIL}};
-  for (const Case& c : cases) {
+  } cases[] = {{0x000, IMGPRC_OK},     {0x003, IMGPRC_OK},     {0x00A, IMGPRC_OK},     {0x209, IMGPRC_OK},
+               {0x006, IMGPRC_E_FAIL}, {0x007, IMGPRC_E_FAIL}, {0x008, IMGPRC_E_FAIL}, {0x300, IMGPRC_E_FAIL},
+               {0x303, IMGPRC_E_FAIL}, {0x800, IMGPRC_E_FAIL}, {0x900, IMGPRC_E_FAIL}};
+  for (const auto& c : cases) {
     Instance inst({c.format});
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
     ASSERT_EQ(SetAdjust(inst, 140, 120, 200), IMGPRC_OK);
     uint32_t r;
-    ImgPrcColorAdjust got = GetAdjust(inst, &r);  // filled either way
+    const ImgPrcColorAdjust got = GetAdjust(inst, &r);  // filled either way
     EXPECT_EQ(r, c.want) << std::hex << c.format;
-    EXPECT_EQ(got.brightness, 140);
-    EXPECT_EQ(got.contrast, 120);
-    EXPECT_EQ(got.saturation, 200);
+    EXPECT_EQ((std::vector<int>{got.brightness, got.contrast, got.saturation}),
+              (std::vector<int>{140, 120, 200}));
   }
 }
 
-TEST(Properties, AdjustTablesComeWithTheFirstChangeAndStay) {
+// Tables come with the first change and stay; Reset frees them but keeps the
+// stored values, so that setting the same values again is no change.
+TEST(Properties, AdjustTablesLifetimeAndReset) {
   Instance inst({});
+  const ImgPrcContext* ctx = inst.ctx();
   unsigned long allocations = ImgPrcAllocationCount();
   EXPECT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);  // neutral on a fresh instance: nothing happens
   EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-  EXPECT_EQ(inst.ctx()->adjustActive, 0u);
-  EXPECT_EQ(inst.ctx()->adjustTableBlock, nullptr);
+  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
   ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
-  const ImgPrcContext* ctx = inst.ctx();
   EXPECT_EQ(ctx->adjustActive, 1u);
   ASSERT_NE(ctx->adjustTableBlock, nullptr);
   EXPECT_EQ(ctx->lumaAdjustTable, ctx->adjustTableBlock);
   EXPECT_EQ(ctx->chromaAdjustTable, ctx->adjustTableBlock + 256);
-  EXPECT_EQ(ctx->lumaAdjustTable[0], 44);  // offset 2 x 22
-  EXPECT_EQ(ctx->rangeTableY[16], 6558);   // 44 x 1.1644 x 128, +0.5, truncated
   allocations = ImgPrcAllocationCount();
   ASSERT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
   EXPECT_EQ(ctx->adjustActive, 0u);
   EXPECT_NE(ctx->adjustTableBlock, nullptr);
   EXPECT_EQ(ctx->rangeTableY[16], 0);
-  EXPECT_EQ(ctx->rangeTableY[235], 32640);
-  // A second adjustment reuses the block.
-  ASSERT_EQ(SetAdjust(inst, 100, 128, 128), IMGPRC_OK);
+  ASSERT_EQ(SetAdjust(inst, 100, 128, 128), IMGPRC_OK);  // reuses the block
   EXPECT_EQ(ImgPrcAllocationCount(), allocations);
   EXPECT_EQ(ctx->adjustActive, 1u);
-}
 
-TEST(Properties, ResetKeepsTheStoredValues) {
-  Instance inst({});
   ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
   const long live = ImgPrcLiveBlockCount();
   EXPECT_EQ(ORU_IMAGEPROC_Reset(inst.handle()), IMGPRC_OK);
-  const ImgPrcContext* ctx = inst.ctx();
   EXPECT_EQ(ctx->adjustActive, 0u);
   EXPECT_EQ(ctx->adjustTableBlock, nullptr);
   EXPECT_EQ(ctx->lumaAdjustTable, nullptr);
   EXPECT_EQ(ImgPrcLiveBlockCount(), live - 1);
   EXPECT_EQ(ctx->rangeTableY[16], 0);
-  uint32_t r;
-  EXPECT_EQ(GetAdjust(inst, &r).brightness, 150);
-  // The same values again count as no change: the adjustment stays off.
+  EXPECT_EQ(GetAdjust(inst).brightness, 150);
   EXPECT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
   EXPECT_EQ(ctx->adjustActive, 0u);
-  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
   EXPECT_EQ(ctx->rangeTableY[16], 0);
-  // Different values take effect.
   EXPECT_EQ(SetAdjust(inst, 151, 128, 128), IMGPRC_OK);
   EXPECT_EQ(ctx->adjustActive, 1u);
   EXPECT_EQ(ORU_IMAGEPROC_Reset(nullptr), IMGPRC_E_INVALIDARG);
@@ -300,9 +226,7 @@ TEST(Properties, AdjustOutOfMemoryChangesNothing) {
   ImgPrcFailAllocation(1);
   EXPECT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_E_OUTOFMEMORY);
   ImgPrcFailAllocation(0);
-  uint32_t r;
-  ImgPrcColorAdjust got = GetAdjust(inst, &r);
-  EXPECT_EQ(got.brightness, 128);
+  EXPECT_EQ(GetAdjust(inst).brightness, 128);
   EXPECT_EQ(inst.ctx()->adjustActive, 0u);
   EXPECT_EQ(inst.ctx()->rangeTableY[16], 0);
 }

@@ -1,6 +1,6 @@
-// YCbCr 4:2:0 input to YCbCr outputs through the frame call: planar copy,
-// rotation, resizing and adjustment against one reference walk, and the
-// YUY2, UYVY and NV12 packings against hand-packed bytes.
+// YCbCr 4:2:0 input to YCbCr outputs: the planar copy kernel; through the
+// frame call rotation, resizing and adjustment against one reference walk, and
+// the YUY2, UYVY and NV12 packings against hand-packed bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,6 +14,56 @@ namespace {
 using scrimtest::I420;
 using scrimtest::Plane;
 using scrimtest::Rng;
+
+// Pictures that are not tight copy row by row (chroma halved, none for one
+// row); tight ones move w x h luma bytes and (w x h) / 4 per chroma plane, as
+// one block when both sides are contiguous. Bytes outside are left alone.
+TEST(PlanarCopy, RowByRowOrWholePlanes) {
+  enum { kRows, kTight, kSourceBlock, kBothBlocks };
+  const struct {
+    uint32_t w, h, src[3], dst[3];
+    int kind;
+  } cases[] = {
+      {32, 10, {40, 24, 28}, {48, 20, 32}, kRows},   {32, 10, {40, 20, 20}, {40, 20, 20}, kRows},
+      {7, 5, {9, 5, 4}, {11, 3, 6}, kRows},          {16, 6, {16, 8, 8}, {20, 8, 8}, kRows},
+      {16, 6, {16, 8, 10}, {16, 8, 10}, kRows},      {16, 1, {24, 16, 16}, {24, 16, 16}, kRows},
+      {16, 0, {24, 16, 16}, {24, 16, 16}, kRows},    {6, 8, {6, 3, 3}, {6, 3, 3}, kTight},
+      {6, 3, {6, 3, 3}, {6, 3, 3}, kTight},  // 4 chroma bytes, one more than a row walk
+      {12, 4, {12, 6, 6}, {12, 6, 6}, kSourceBlock}, {16, 8, {16, 8, 8}, {16, 8, 8}, kBothBlocks},
+      {16, 1, {16, 8, 8}, {16, 8, 8}, kBothBlocks},  // the chroma of one row moves too
+  };
+  for (const auto& c : cases) {
+    const uint32_t size = c.w * c.h, rows = c.h < 2 ? 0 : c.h / 2;
+    auto make = [&](Picture& pic, const uint32_t* strides, bool block, uint8_t seed) {
+      if (block) {
+        pic.AddPlane(0, size + size / 4 * 2, 1, 0, seed);
+        pic.planes[1] = pic.planes[0] + size;
+        pic.planes[2] = pic.planes[1] + size / 4;
+      }
+      for (int p = 0; p < 3 && !block; ++p) {
+        if (c.kind != kRows) pic.AddPlane(p, p ? size / 4 : size, 1, 0, static_cast<uint8_t>(seed + p));
+        if (c.kind == kRows) pic.AddPlane(p, p ? c.w / 2 : c.w, p ? rows : c.h, strides[p], seed + 7 * p);
+      }
+      std::copy(strides, strides + 3, pic.strides);
+    };
+    Picture src, dst;
+    make(src, c.src, c.kind >= kSourceBlock, 1);
+    make(dst, c.dst, c.kind == kBothBlocks, 200);
+    std::vector<uint8_t> want[3];
+    for (int p = 0; p < 3; ++p) {
+      const size_t n = c.kind != kRows ? (p ? size / 4 : size) : dst.bytes[p].size();
+      want[p].assign(dst.planes[p], dst.planes[p] + n);
+      want[p] = c.kind != kRows ? std::vector<uint8_t>(src.planes[p], src.planes[p] + n)
+                                : CopiedRows(want[p], c.dst[p], src.planes[p], c.src[p], p ? c.w / 2 : c.w,
+                                             p ? rows : c.h);
+    }
+    EXPECT_EQ(_ORUYCbCr420Copy(src.planes, src.strides, c.w, c.h, dst.planes, dst.strides), 0u);
+    for (int p = 0; p < 3; ++p) {
+      EXPECT_EQ(std::vector<uint8_t>(dst.planes[p], dst.planes[p] + want[p].size()), want[p])
+          << c.w << "x" << c.h << " strides " << c.src[0] << "/" << c.src[1] << " plane " << p;
+    }
+  }
+}
 
 int32_t Step(int32_t s, int32_t d) { return d == 1 ? 0 : ((s - 1) << 16) / (d - 1); }
 
