@@ -103,36 +103,6 @@ TEST(Frame, PictureOnePixelWideOrHighIsRefused) {
   }
 }
 
-// The RGB to YCbCr route calls the kernel set-up chose with the source plane
-// and stride, the destination planes and strides and the source work size; its
-// result is not looked at.
-struct RgbToYuvCall {
-  int calls = 0;
-  const uint8_t* src = nullptr;
-  uint32_t srcStride = 0, width = 0, height = 0;
-  uint8_t** dstPlanes = nullptr;
-  uint32_t* dstStrides = nullptr;
-} g_rgbToYuv;
-
-uint32_t FakeRgbToYuv(const uint8_t* src, uint32_t srcStride, uint8_t** dstPlanes, uint32_t* dstStrides,
-                      uint32_t width, uint32_t height) {
-  g_rgbToYuv = {g_rgbToYuv.calls + 1, src, srcStride, width, height, dstPlanes, dstStrides};
-  return 0xFFFFFFFF;
-}
-
-TEST(Frame, RgbToYCbCrRouteCallsTheChosenKernel) {
-  Instance inst({0x500, 15, 9, 40, 8});  // a size change is ignored on this path
-  inst.ctx()->rgbToYuvKernel = FakeRgbToYuv;
-  Picture src, dst;
-  MakeFor(src, 5, 1);
-  MakeFor(dst, 0, 2);
-  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
-  const RgbToYuvCall& g = g_rgbToYuv;
-  EXPECT_EQ(g.calls, 1);
-  EXPECT_TRUE(g.src == src.planes[0] && g.dstPlanes == dst.planes && g.dstStrides == dst.strides);
-  EXPECT_EQ((std::vector<uint32_t>{g.srcStride, g.width, g.height}), (std::vector<uint32_t>{64, 14, 8}));
-}
-
 // ---- properties -------------------------------------------------------------------
 
 ImgPrcColorAdjust GetAdjust(const Instance& inst, uint32_t* result = nullptr, uint32_t size = 12) {
@@ -186,38 +156,25 @@ TEST(Properties, GetAdjustReportsWhetherTheConversionSupportsIt) {
 TEST(Properties, AdjustTablesLifetimeAndReset) {
   Instance inst({});
   const ImgPrcContext* ctx = inst.ctx();
-  unsigned long allocations = ImgPrcAllocationCount();
-  EXPECT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);  // neutral on a fresh instance: nothing happens
-  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
-  ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
-  EXPECT_EQ(ctx->adjustActive, 1u);
-  ASSERT_NE(ctx->adjustTableBlock, nullptr);
-  EXPECT_EQ(ctx->lumaAdjustTable, ctx->adjustTableBlock);
-  EXPECT_EQ(ctx->chromaAdjustTable, ctx->adjustTableBlock + 256);
-  allocations = ImgPrcAllocationCount();
-  ASSERT_EQ(SetAdjust(inst, 128, 128, 128), IMGPRC_OK);
-  EXPECT_EQ(ctx->adjustActive, 0u);
-  EXPECT_NE(ctx->adjustTableBlock, nullptr);
-  EXPECT_EQ(ctx->rangeTableY[16], 0);
-  ASSERT_EQ(SetAdjust(inst, 100, 128, 128), IMGPRC_OK);  // reuses the block
-  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-  EXPECT_EQ(ctx->adjustActive, 1u);
-
-  ASSERT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
-  const long live = ImgPrcLiveBlockCount();
-  EXPECT_EQ(ORU_IMAGEPROC_Reset(inst.handle()), IMGPRC_OK);
-  EXPECT_EQ(ctx->adjustActive, 0u);
-  EXPECT_EQ(ctx->adjustTableBlock, nullptr);
-  EXPECT_EQ(ctx->lumaAdjustTable, nullptr);
-  EXPECT_EQ(ImgPrcLiveBlockCount(), live - 1);
-  EXPECT_EQ(ctx->rangeTableY[16], 0);
-  EXPECT_EQ(GetAdjust(inst).brightness, 150);
-  EXPECT_EQ(SetAdjust(inst, 150, 128, 128), IMGPRC_OK);
-  EXPECT_EQ(ctx->adjustActive, 0u);
-  EXPECT_EQ(ctx->rangeTableY[16], 0);
-  EXPECT_EQ(SetAdjust(inst, 151, 128, 128), IMGPRC_OK);
-  EXPECT_EQ(ctx->adjustActive, 1u);
+  const struct {
+    int brightness;  // -1: Reset
+    uint32_t active;
+    bool block;
+    long newBlocks;
+  } steps[] = {{128, 0, false, 0},  // neutral on a fresh instance: nothing happens
+               {150, 1, true, 1},  {128, 0, true, 0},  {100, 1, true, 0}, {150, 1, true, 0},
+               {-1, 0, false, -1}, {150, 0, false, 0}, {151, 1, true, 1}};
+  for (const auto& s : steps) {
+    const long live = ImgPrcLiveBlockCount();
+    EXPECT_EQ(s.brightness < 0 ? ORU_IMAGEPROC_Reset(inst.handle()) : SetAdjust(inst, s.brightness, 128, 128),
+              IMGPRC_OK);
+    EXPECT_EQ(ctx->adjustActive, s.active) << s.brightness;
+    EXPECT_EQ(ctx->adjustTableBlock != nullptr, s.block) << s.brightness;
+    EXPECT_EQ(ImgPrcLiveBlockCount() - live, s.newBlocks) << s.brightness;
+    EXPECT_EQ(ctx->lumaAdjustTable, ctx->adjustTableBlock);
+    EXPECT_EQ(ctx->chromaAdjustTable, s.block ? ctx->adjustTableBlock + 256 : nullptr);
+    EXPECT_TRUE(s.active || ctx->rangeTableY[16] == 0) << s.brightness;
+  }
   EXPECT_EQ(ORU_IMAGEPROC_Reset(nullptr), IMGPRC_E_INVALIDARG);
 }
 

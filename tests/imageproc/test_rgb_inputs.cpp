@@ -103,29 +103,32 @@ TEST(RgbToYCbCr, EveryMemberAgainstReference) {
   }
 }
 
-// Rotated: converted into three temporary planes per frame, then turned.
-TEST(RgbToYCbCr, RotatedFramesGoThroughTemporaryPlanes) {
+// Through the frame call at the source work size (odd sizes rounded down):
+// unrotated straight into the destination, whatever its size; rotated into
+// three temporary planes per frame, then turned.
+TEST(RgbToYCbCr, FramesPlainAndRotated) {
   Rng rng(13);
   const uint32_t formats[3] = {0x300, 0x500, 0x900};
-  for (int kind = 0; kind < 3; ++kind) {
-    const int w = 10, h = 6;
-    const uint32_t rot = kind + 1, pitch = 44;
-    Instance inst({formats[kind], w, h, w, h, rot});
+  for (uint32_t rot = 0; rot < 4; ++rot) {
+    const int w = 10, h = 6, kind = rot % 3;
+    const uint32_t pitch = 44;
+    Instance inst({formats[kind], w + 1, h + 1, rot ? w + 1 : 40u, rot ? h + 1 : 8u, rot});
     std::vector<uint8_t> src = RgbSource(pitch, w, h, rng);
     uint8_t* srcPlanes[3] = {src.data(), nullptr, nullptr};
     uint32_t srcStrides[3] = {pitch, 0, 0};
-    I420 plain(w, h), dst = Noise(w, h, rng, rot != 3), want = dst;
+    I420 plain(w, h), dst = Noise(w, h, rng, rot == 1 || rot == 2), want = dst;
     RefRgbToYuv(kind * 8, src.data(), pitch, w, h, plain);
     scrimtest::Turn(rot, plain, want);
     const long live = ImgPrcLiveBlockCount();
     const unsigned long allocations = ImgPrcAllocationCount();
     EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, dst.planes, dst.strides), IMGPRC_OK);
-    EXPECT_EQ(ImgPrcAllocationCount(), allocations + 3);
+    EXPECT_EQ(ImgPrcAllocationCount(), allocations + (rot ? 3 : 0));
     EXPECT_EQ(ImgPrcLiveBlockCount(), live);
-    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+    EXPECT_TRUE(scrimtest::SamePlanes(dst, want)) << "rotation " << rot;
+    if (rot == 0) continue;
     // Any of the three allocations failing: out of memory, nothing written, nothing kept.
-    I420 again = Noise(w, h, rng, rot != 3), before = again;
-    ImgPrcFailAllocation(kind + 1);
+    I420 again = Noise(w, h, rng, rot == 1 || rot == 2), before = again;
+    ImgPrcFailAllocation(rot);
     EXPECT_EQ(Frame(inst, srcPlanes, srcStrides, again.planes, again.strides), IMGPRC_E_OUTOFMEMORY);
     ImgPrcFailAllocation(0);
     EXPECT_EQ(ImgPrcLiveBlockCount(), live);
