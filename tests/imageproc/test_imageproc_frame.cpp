@@ -1,6 +1,5 @@
-// The frame call (argument checks per format, the planar copy route, routes
-// still without a kernel) and the property calls (colour adjustment, colour
-// key, Reset).
+// The frame call (argument checks per format, routes still without a kernel) and the property calls (colour
+// adjustment, colour key, Reset).
 #include <gtest/gtest.h>
 #include <stdint.h>
 
@@ -54,30 +53,6 @@ TEST(Frame, PlanesNeededPerFormat) {
           << std::hex << "conversion " << code << (source ? " source" : " output") << " plane " << plane
           << (zeroStride ? " stride 0" : " null");
     }
-  }
-}
-
-// Odd sizes are copied as the even size below; the destination addressing is
-// set up for every frame, unrotated too.
-TEST(Frame, SameSizePlanarCopyWithoutAllocating) {
-  const struct {
-    uint32_t w, h, src[3], dst[3];
-  } cases[] = {{32, 16, {32, 16, 16}, {32, 16, 16}}, {31, 17, {31, 16, 16}, {36, 18, 18}}};
-  for (const auto& c : cases) {
-    Instance inst({0x000, c.w, c.h, c.w, c.h});
-    Picture src, dst;
-    MakePlanar(src, c.w, c.h, c.src[0], c.src[1], c.src[2], 3);
-    MakePlanar(dst, c.w, c.h, c.dst[0], c.dst[1], c.dst[2], 77);
-    std::vector<uint8_t> want[3];
-    const uint32_t w = c.w & ~1u, h = c.h & ~1u;
-    for (int p = 0; p < 3; ++p)
-      want[p] = CopiedRows(dst.bytes[p], c.dst[p], src.planes[p], c.src[p], p ? w / 2 : w, p ? h / 2 : h);
-    const unsigned long allocations = ImgPrcAllocationCount();
-    EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
-    EXPECT_EQ(ImgPrcAllocationCount(), allocations);
-    for (int p = 0; p < 3; ++p) EXPECT_EQ(dst.bytes[p], want[p]) << c.w << "x" << c.h << " plane " << p;
-    EXPECT_EQ(inst.ctx()->rotationRecord->yStart, dst.planes[0]);
-    EXPECT_EQ(inst.ctx()->rotationRecord->crStart, dst.planes[2]);
   }
 }
 

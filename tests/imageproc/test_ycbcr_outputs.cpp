@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "imageproc/imgprc_alloc.h"
 #include "imageproc_test_util.h"
 #include "kernels/yuv420_planar.h"
 #include "support/pictures.h"
@@ -111,8 +112,13 @@ TEST(PlanarOutput, RotatedResizedAdjustedAgainstReference) {
           }
         }
         scrimtest::Turn(rot, plain, want);
+        const unsigned long allocations = ImgPrcAllocationCount();
         EXPECT_EQ(Frame(inst, src.planes, src.strides, dst.planes, dst.strides), IMGPRC_OK);
+        EXPECT_EQ(ImgPrcAllocationCount(), allocations);
         EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+        // The destination addressing is set up for every frame, unrotated too.
+        const ImgPrcRotationRecord* r = inst.ctx()->rotationRecord;
+        EXPECT_TRUE(rot != 0 || (r->yStart == dst.planes[0] && r->crStart == dst.planes[2]));
       }
     }
   }
