@@ -224,13 +224,11 @@ TEST(Create, ImpossibleSizesFailAsOutOfMemory) {
 
 TEST(Destroy, FreesEverythingTheInstanceOwns) {
   const long live = ImgPrcLiveBlockCount();
-  void* handle = nullptr;
-  ImgPrcCreateParams p = MakeParams({0x000, 16, 8, 64, 8});
-  ASSERT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  ImgPrcColorAdjust adjust = {150, 100, 90};
-  ASSERT_EQ(ORU_IMAGEPROC_Set(handle, IMGPRC_PROP_COLOR_ADJUST, &adjust, sizeof adjust), IMGPRC_OK);
-  EXPECT_EQ(ImgPrcLiveBlockCount(), live + 6);
-  EXPECT_EQ(ORU_IMAGEPROC_Destroy(handle), IMGPRC_OK);
+  {
+    Instance inst({0x000, 16, 8, 64, 8});
+    ASSERT_EQ(SetAdjust(inst, 150, 100, 90), IMGPRC_OK);
+    EXPECT_EQ(ImgPrcLiveBlockCount(), live + 6);
+  }
   EXPECT_EQ(ImgPrcLiveBlockCount(), live);
   EXPECT_EQ(ORU_IMAGEPROC_Destroy(nullptr), IMGPRC_E_INVALIDARG);
 }

@@ -89,16 +89,7 @@ TEST(RgbToYCbCr, EveryMemberAgainstReference) {
       RefRgbToYuv(index, src.data(), pitch, w, h, want);
       ImgPrcRgbToYuvKernel k = GetPFN_rgb2yuv(kind, index % 4, index / 4 % 2);
       EXPECT_EQ(k(src.data(), pitch, dst.planes, dst.strides, s[0], s[1]), 0u);
-      EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
-      // Chroma depends on the bottom-left pixel of each block only: change the
-      // other three pixels of the first block.
-      const size_t second = kind ? 4 : 2, below = pitch / 4 * 8;
-      for (size_t at : {size_t{0}, second, below + second}) {
-        for (size_t b = 0; b < second; ++b) src[at + b] ^= 0x5A;
-      }
-      k(src.data(), pitch, dst.planes, dst.strides, 2, 2);
-      EXPECT_TRUE(dst.cb.data == want.cb.data && dst.cr.data == want.cr.data)
-          << index << " " << s[0] << "x" << s[1];
+      EXPECT_TRUE(scrimtest::SamePlanes(dst, want)) << index << " " << s[0] << "x" << s[1];
     }
   }
 }
