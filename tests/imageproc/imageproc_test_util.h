@@ -95,16 +95,6 @@ inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t
   return Frame(inst, src.planes, src.strides, dst.planes, dst.strides, deinterlace);
 }
 
-// What a row-by-row copy of rows x width bytes leaves in a plane that held
-// dstBefore: the copied bytes from src, every other byte as it was.
-inline std::vector<uint8_t> CopiedRows(std::vector<uint8_t> want, uint32_t dstStride, const uint8_t* src,
-                                       uint32_t srcStride, uint32_t width, uint32_t rows) {
-  for (uint32_t y = 0; y < rows; ++y) {
-    for (uint32_t x = 0; x < width; ++x) want[y * dstStride + x] = src[y * srcStride + x];
-  }
-  return want;
-}
-
 inline uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
   ImgPrcColorAdjust a = {b, c, s};
   return ORU_IMAGEPROC_Set(inst.handle(), IMGPRC_PROP_COLOR_ADJUST, &a, size);
