@@ -77,8 +77,8 @@ int RefLuma(const Plane& p, uint32_t x, uint32_t y) {
 }
 
 TEST(PlanarOutput, RotatedResizedAdjustedAgainstReference) {
-  const int sizes[][4] = {{14, 6, 14, 6}, {14, 6, 10, 4}, {10, 4, 18, 6},  {6, 2, 6, 2},
-                          {20, 10, 6, 2}, {8, 4, 16, 8},  {50, 34, 50, 34}};
+  const int sizes[][4] = {{14, 6, 14, 6}, {14, 6, 10, 4}, {10, 4, 18, 6},   {6, 2, 6, 2},
+                          {20, 10, 6, 2}, {8, 4, 16, 8},  {50, 34, 50, 34}, {14, 6, 10, 8}};
   Rng rng(11);
   for (const auto& s : sizes) {
     const int sw = s[0], sh = s[1], dw = s[2], dh = s[3];
