@@ -1,8 +1,6 @@
-// Colour tables: the coefficient table, the range tables for every matrix and
-// range with and without adjustment, the YCbCr adjustment tables, and the
-// colour key. Expected values come from the formulas worked here (a small
-// double-precision reference with its own copy of the coefficients), never from
-// the code under test.
+// Colour tables: coefficients, range tables for every matrix and range with and
+// without adjustment, YCbCr adjustment tables, the colour key; against a small
+// double-precision reference with its own copy of the coefficients.
 #include <gtest/gtest.h>
 #include <math.h>
 #include <stdint.h>
@@ -83,20 +81,6 @@ int16_t Low(int64_t entry) { return static_cast<int16_t>(entry & 0xFFFF); }
 TEST(CscCoef, EveryValueIsTheListedValueInSinglePrecision) {
   for (int i = 0; i < 192; ++i) EXPECT_EQ(csc_coef[i], Single(kListed[i])) << "value " << i;
   EXPECT_EQ(csc_coef[0], 1.1643999814987183);
-}
-
-// An out-of-range matrix selects BT.601, an out-of-range range video range.
-TEST(UpdateColorMatrix, PointsAtTheBlocksOfMatrixAndRange) {
-  for (uint32_t m = 0; m < 5; ++m) {
-    for (uint32_t r = 0; r < 3; ++r) {
-      ImgPrcContext ctx = {};
-      const uint32_t wantM = m < 4 ? m : 0, wantR = r < 2 ? r : 0;
-      EXPECT_EQ(UpdateColorMatrix(&ctx, m, r), 0);
-      EXPECT_EQ(ctx.matrixIndex * 2 + ctx.fullRange, wantM * 2 + wantR);
-      EXPECT_EQ(ctx.yuvToRgbCoef, csc_coef + wantM * 48 + wantR * 12);
-      EXPECT_EQ(ctx.rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24);
-    }
-  }
 }
 
 void ReferenceAdjust(int b, int c, int s, uint8_t luma[256], uint8_t chroma[256]) {

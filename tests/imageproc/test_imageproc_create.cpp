@@ -33,19 +33,25 @@ TEST(Create, OutHandleMustHoldNull) {
   EXPECT_EQ(handle, nullptr);
 }
 
-// 48 bytes set the matrix and range; 40 stop before them (BT.601, video
-// range); 20 end after the source width, the rest reading as 0.
+// 48 bytes set the matrix and range (out of range: BT.601, video range); 40
+// stop before them; 20 end after the source width, the rest reading as 0.
 TEST(Create, RecordSizeRules) {
-  ImgPrcCreateParams p = MakeParams({0x000, 16, 8, 16, 8, 0, 1, 2, 1});
+  ImgPrcCreateParams p = MakeParams({});
   p.size = 49;
   EXPECT_EQ(Instance::Of(p).result(), IMGPRC_E_INVALIDARG);
-  for (uint32_t size : {48u, 40u}) {
-    p.size = size;
-    Instance inst = Instance::Of(p);
-    ASSERT_EQ(inst.result(), IMGPRC_OK);
-    const uint32_t m = size == 48 ? 2 : 0, r = size == 48 ? 1 : 0;
-    EXPECT_EQ(inst.ctx()->matrixIndex * 2 + inst.ctx()->fullRange, m * 2 + r);
-    EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + m * 48 + r * 12);
+  for (uint32_t m = 0; m < 5; ++m) {
+    for (uint32_t r = 0; r < 3; ++r) {
+      for (uint32_t size : {48u, 40u}) {
+        p = MakeParams({0x000, 16, 8, 16, 8, 0, 1, m, r});
+        p.size = size;
+        Instance inst = Instance::Of(p);
+        ASSERT_EQ(inst.result(), IMGPRC_OK);
+        const uint32_t wantM = size == 48 && m < 4 ? m : 0, wantR = size == 48 && r < 2 ? r : 0;
+        EXPECT_EQ(inst.ctx()->matrixIndex * 2 + inst.ctx()->fullRange, wantM * 2 + wantR) << m << r << size;
+        EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + wantM * 48 + wantR * 12);
+        EXPECT_EQ(inst.ctx()->rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24);
+      }
+    }
   }
   p.size = 20;
   Instance inst = Instance::Of(p);
