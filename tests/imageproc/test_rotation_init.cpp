@@ -1,6 +1,5 @@
-// Rotation set-up: for every orientation and output layout, each source pixel
-// addressed through the record lands where a plain rotation of the picture puts
-// it (a packed half turn against the end of the destination row).
+// Rotation set-up: each source pixel addressed through the record lands where a
+// plain rotation puts it (a packed half turn against the end of the row).
 #include <gtest/gtest.h>
 #include <stdint.h>
 #include <string.h>
@@ -34,48 +33,33 @@ long Placed(uint32_t rotation, int x, int y, int w, int h, int rowPixels, long s
   return row * stride + col * size;
 }
 
-TEST(RotationInit, PlanarEveryOrientationPutsEachSampleInPlace) {
-  const int w = 12, h = 8;
-  for (uint32_t rotation = 0; rotation <= 5; ++rotation) {
-    Target s(0x000, rotation);
-    // Strides wide enough for either orientation and different per plane.
-    std::vector<uint8_t> y(20 * 12), cb(11 * 6), cr(13 * 6);
-    uint8_t* planes[3] = {y.data(), cb.data(), cr.data()};
-    uint32_t strides[3] = {20, 11, 13};
-    ASSERT_EQ(_ORU_RotationInit(&s.ctx, planes, w, h, strides), 0);
-    const ImgPrcRotationRecord& r = s.rec;
-    uint8_t* starts[3] = {r.yStart, r.cbStart, r.crStart};
-    const int32_t stepX[3] = {r.stepX, r.cbStepX, r.crStepX}, stepY[3] = {r.stepY, r.cbStepY, r.crStepY};
-    for (int p = 0; p < 3; ++p) {
-      const int pw = p ? w / 2 : w, ph = p ? h / 2 : h;
-      for (int sy = 0; sy < ph; ++sy) {
-        for (int sx = 0; sx < pw; ++sx) {
-          ASSERT_EQ(starts[p] + sx * stepX[p] + sy * stepY[p],
-                    planes[p] + Placed(rotation, sx, sy, pw, ph, pw, strides[p], 1))
-              << "rotation " << rotation << " plane " << p << " sample " << sx << "," << sy;
-        }
-      }
-    }
-  }
-}
-
-TEST(RotationInit, PackedEveryOrientationPutsEachPixelInPlace) {
-  const long pixelSizes[11] = {0, 0, 0, 2, 3, 4, 0, 0, 0, 4, 2};
+// Planar output (code 0: three planes, chroma halved) and the packed outputs
+// (pixel pairs addressed from four corners).
+TEST(RotationInit, EveryOrientationPutsEachSampleInPlace) {
+  const long pixelSizes[11] = {1, 0, 0, 2, 3, 4, 0, 0, 0, 4, 2};
   const int w = 8, h = 6, rowPixels = 10;  // rows wider than either orientation needs
-  for (uint32_t code : {3u, 4u, 5u, 9u, 10u}) {
+  for (uint32_t code : {0u, 3u, 4u, 5u, 9u, 10u}) {
     for (uint32_t rotation = 0; rotation <= 5; ++rotation) {
       Target s(code, rotation);
-      const long size = pixelSizes[code], stride = rowPixels * size;
-      std::vector<uint8_t> dst(stride * 10);
-      uint8_t* planes[3] = {dst.data(), nullptr, nullptr};
-      uint32_t strides[3] = {static_cast<uint32_t>(stride), 0, 0};
+      const long size = pixelSizes[code];
+      uint32_t strides[3] = {static_cast<uint32_t>(rowPixels * size), 11, 13};  // differ per plane
+      std::vector<uint8_t> dst(strides[0] * 10), cb(11 * 4), cr(13 * 4);
+      uint8_t* planes[3] = {dst.data(), cb.data(), cr.data()};
       ASSERT_EQ(_ORU_RotationInit(&s.ctx, planes, w, h, strides), 0);
-      uint8_t* pix[2][2] = {{s.rec.pix00, s.rec.pix01}, {s.rec.pix10, s.rec.pix11}};
-      for (int y = 0; y < h; ++y) {
-        for (int x = 0; x < w; ++x) {
-          ASSERT_EQ(pix[x % 2][y % 2] + x / 2 * s.rec.stepX + y / 2 * s.rec.stepY,
-                    dst.data() + Placed(rotation, x, y, w, h, rowPixels, stride, size))
-              << "output " << code << " rotation " << rotation << " pixel " << x << "," << y;
+      const ImgPrcRotationRecord& r = s.rec;
+      uint8_t *starts[3] = {r.yStart, r.cbStart, r.crStart},
+              *pix[2][2] = {{r.pix00, r.pix01}, {r.pix10, r.pix11}};
+      const int32_t stepX[3] = {r.stepX, r.cbStepX, r.crStepX}, stepY[3] = {r.stepY, r.cbStepY, r.crStepY};
+      for (int p = 0; p < (code ? 1 : 3); ++p) {
+        const int pw = p ? w / 2 : w, ph = p ? h / 2 : h;
+        for (int y = 0; y < ph; ++y) {
+          for (int x = 0; x < pw; ++x) {
+            uint8_t* got = code ? pix[x % 2][y % 2] + x / 2 * r.stepX + y / 2 * r.stepY
+                                : starts[p] + x * stepX[p] + y * stepY[p];
+            ASSERT_EQ(got,
+                      planes[p] + Placed(rotation, x, y, pw, ph, code ? rowPixels : pw, strides[p], size))
+                << "output " << code << " rotation " << rotation << " plane " << p << " at " << x << "," << y;
+          }
         }
       }
     }
