@@ -1,8 +1,6 @@
-// The frame call's deinterlacing step seen through a stand-in: this program
-// defines ORU_DeInterlace itself, so the linker takes it instead of the
-// library's. The real deinterlacer only returns 0 or -1, so the mapping of its
-// other results can only be seen this way; its pictures through the frame call
-// (and the mode kept across frames) are checked in the deinterlace tests.
+// The frame call's deinterlacing step through a stand-in ORU_DeInterlace (the
+// linker takes this program's): the real one only returns 0 or -1, so the
+// mapping of other results shows only this way. Its pictures: deinterlace tests.
 #include <gtest/gtest.h>
 #include <stdint.h>
 
@@ -81,8 +79,7 @@ TEST_F(Deinterlace, OnlyPlanarYCbCrInputsKeepAMode) {
   } cases[] = {{0x000, 3}, {0x103, 3}, {0x205, 3}, {0x303, 0}, {0x403, 0}, {0x500, 0}, {0x800, 0}};
   for (const auto& c : cases) {
     Instance inst({c.format});
-    inst.ctx()->deinterlaceMode = 7;  // an RGB source also drops a mode it had
-    // The mode is stored before the planes are checked, so even a refused frame sets it.
+    inst.ctx()->deinterlaceMode = 7;  // an RGB source drops it; stored even by a refused frame
     uint8_t* none[3] = {nullptr, nullptr, nullptr};
     uint32_t zero[3] = {0, 0, 0};
     EXPECT_EQ(Frame(inst, none, zero, none, zero, 3), IMGPRC_E_INVALIDARG);
@@ -98,11 +95,11 @@ TEST_F(Deinterlace, ResultsAreMappedAndStopTheFrame) {
   } cases[] = {{-1, IMGPRC_E_INVALIDARG},   {-2, IMGPRC_E_OUTOFMEMORY}, {-3, IMGPRC_E_NOTIMPL},
                {-4, IMGPRC_OK_NONSTANDARD}, {1, IMGPRC_OK_NONSTANDARD}, {0x7FFFFFFF, IMGPRC_OK_NONSTANDARD}};
   Instance inst({});
+  Picture src, dst;
+  MakePlanar(src, 16, 8, 16, 8, 8, 1);
+  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
+  const std::vector<uint8_t> before = dst.bytes[0];
   for (const auto& c : cases) {
-    Picture src, dst;
-    MakePlanar(src, 16, 8, 16, 8, 8, 1);
-    MakePlanar(dst, 16, 8, 16, 8, 8, 2);
-    const std::vector<uint8_t> before = dst.bytes[0];
     g_result = c.result;
     EXPECT_EQ(Frame(inst, src, dst, 1), c.want) << c.result;
     EXPECT_EQ(dst.bytes[0], before) << c.result;

@@ -1,6 +1,5 @@
 // RGB inputs: the 24 RGB to YCbCr 4:2:0 members against one reference walk,
-// the rotated path through temporary planes, and the RGB to RGB members
-// through the frame call in every rotation.
+// plain and rotated frames, and RGB to RGB in every rotation.
 #include <gtest/gtest.h>
 #include <string.h>
 
@@ -62,8 +61,7 @@ void RefRgbToYuv(int index, const uint8_t* src, uint32_t pitch, int w, int h, I4
   }
 }
 
-// A source of exactly the bytes the walk may read (RGB565 pairs as whole
-// 64-bit words).
+// Exactly the bytes the walk may read (RGB565 pairs as whole 64-bit words).
 std::vector<uint8_t> RgbSource(uint32_t pitch, int w, int h, Rng& rng) {
   std::vector<uint8_t> v((h - 2) * pitch + pitch / 4 * 8 + 4 * w);
   rng.fill(v);
@@ -78,8 +76,7 @@ I420 Noise(int w, int h, Rng& rng, bool turned = false) {
 
 TEST(RgbToYCbCr, EveryMemberAgainstReference) {
   Rng rng(7);
-  const int sizes[][2] = {
-      {10, 6}, {7, 3}, {6, 2}, {4, 1}, {26, 4}};  // odd sizes convert as the next even one
+  const int sizes[][2] = {{10, 6}, {7, 3}, {6, 2}, {4, 1}, {26, 4}};  // odd: as the next even one
   for (int index = 0; index < 24; ++index) {
     for (const auto& s : sizes) {
       const int w = (s[0] + 1) & ~1, h = (s[1] + 1) & ~1, kind = index / 8;
