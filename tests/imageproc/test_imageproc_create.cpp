@@ -159,16 +159,6 @@ TEST(Create, DeinterlaceAreaAndRangeTablesLaidOut) {
   EXPECT_TRUE(tables - ctx->rangeTableBlock < 4 && reinterpret_cast<uintptr_t>(tables) % 4 == 0);
 }
 
-TEST(Create, RgbToYCbCrConversionsTakeTheirKernelFromTheTable) {
-  const uint32_t codes[] = {0x300, 0x500, 0x900};
-  for (uint32_t kind = 0; kind < 3; ++kind) {
-    for (uint32_t m = 0; m < 4; ++m) {
-      Instance inst({codes[kind], 16, 8, 16, 8, 0, 1, m, m % 2});
-      EXPECT_EQ(inst.ctx()->rgbToYuvKernel, GetPFN_rgb2yuv(kind, m, m % 2));
-    }
-  }
-}
-
 TEST(Capability, CodesBelow0x300ExceptThePackedYCbCrOutputs) {
   for (uint32_t code = 0; code < 0x1000; ++code) {
     const bool supported = code <= 767 && code != 6 && code != 7 && code != 8;

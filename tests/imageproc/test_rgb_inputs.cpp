@@ -100,12 +100,13 @@ TEST(RgbToYCbCr, FramesPlainAndRotated) {
   for (uint32_t rot = 0; rot < 4; ++rot) {
     const int w = 10, h = 6, kind = rot % 3;
     const uint32_t pitch = 44;
-    Instance inst({formats[kind], w + 1, h + 1, rot ? w + 1 : 40u, rot ? h + 1 : 8u, rot});
+    const uint32_t matrix = rot, full = rot % 2;  // every matrix, both ranges: the kernel creation picks
+    Instance inst({formats[kind], w + 1, h + 1, rot ? w + 1 : 40u, rot ? h + 1 : 8u, rot, 1, matrix, full});
     std::vector<uint8_t> src = RgbSource(pitch, w, h, rng);
     uint8_t* srcPlanes[3] = {src.data(), nullptr, nullptr};
     uint32_t srcStrides[3] = {pitch, 0, 0};
     I420 plain(w, h), dst = Noise(w, h, rng, rot == 1 || rot == 2), want = dst;
-    RefRgbToYuv(kind * 8, src.data(), pitch, w, h, plain);
+    RefRgbToYuv(kind * 8 + full * 4 + matrix, src.data(), pitch, w, h, plain);
     scrimtest::Turn(rot, plain, want);
     const long live = ImgPrcLiveBlockCount();
     const unsigned long allocations = ImgPrcAllocationCount();
