@@ -1,6 +1,5 @@
-// Helpers shared by the image-processor tests: instances that destroy
-// themselves, and pictures whose planes are separate buffers of exactly the
-// size a picture needs, so that AddressSanitizer sees any byte written past them.
+// Instances that destroy themselves, and pictures whose planes are separate
+// buffers of exactly their size, so that AddressSanitizer sees any overrun.
 #pragma once
 
 #include <stdint.h>
@@ -25,8 +24,7 @@ inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
   return p;
 }
 
-// An instance destroyed at the end of the scope, made from the arguments or
-// from a whole record (size included).
+// Made from the arguments or from a whole record (size included).
 class Instance {
  public:
   explicit Instance(const CreateArgs& a) : Instance(MakeParams(a), 0) {}
@@ -64,7 +62,6 @@ struct Picture {
   }
 };
 
-// A planar 4:2:0 picture of width x height (chroma halved) with the given strides.
 inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t lumaStride, uint32_t cbStride,
                        uint32_t crStride, uint8_t seed) {
   pic.AddPlane(0, width, height, lumaStride, seed);
@@ -72,8 +69,7 @@ inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t l
   pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
 }
 
-// Planes a picture of input or output code `code` has: planar YCbCr three,
-// NV12 two, packed and RGB one.
+// Planes of input or output code `code`: planar YCbCr three, NV12 two, others one.
 inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
 
 // A picture for either side of format `code`, each plane `side` rows of `side`

@@ -1,6 +1,5 @@
-// YCbCr 4:2:0 input to YCbCr outputs: the planar copy kernel; through the
-// frame call rotation, resizing and adjustment against one reference walk, and
-// the YUY2, UYVY and NV12 packings against hand-packed bytes.
+// YCbCr 4:2:0 to YCbCr outputs: the planar copy; rotation, resizing and
+// adjustment against one reference walk; YUY2, UYVY and NV12 packings.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,10 +15,9 @@ using scrimtest::I420;
 using scrimtest::Plane;
 using scrimtest::Rng;
 
-// Pictures that are not tight copy row by row (chroma halved, none for one
-// row); tight ones move w x h luma bytes and (w x h) / 4 per chroma plane (6 x 3:
-// 4 bytes, one more than a row walk), as one block when both sides are
-// contiguous (one row's chroma included). Bytes outside are left alone.
+// Not tight: row by row (chroma halved, none for one row). Tight: w x h luma
+// bytes and (w x h) / 4 per chroma plane (6 x 3: 4 bytes, one more than a row
+// walk), one block when both sides are contiguous. Bytes outside left alone.
 TEST(PlanarCopy, RowByRowOrWholePlanes) {
   enum { kRows, kTight, kSourceBlock, kBothBlocks };
   const struct {
@@ -176,16 +174,13 @@ TEST(PackedOutput, Yuy2AndUyvyAgainstHandPackedBytes) {
       EXPECT_EQ(dst.data, want.data) << "offset " << lumaOffset << (uyvy ? " UYVY" : " YUY2");
     }
   }
-  // Through the frame call: the destination comes first.
-  I420 src(16, 2);
-  src.randomize(rng);
-  Plane dst(32, 2, 32);
-  uint8_t* dstPlanes[3] = {dst.data.data(), nullptr, nullptr};
-  uint32_t dstStrides[3] = {32, 0, 0};
-  Instance inst({0x006, 16, 2, 16, 2});
-  EXPECT_EQ(Frame(inst, src.planes, src.strides, dstPlanes, dstStrides), IMGPRC_OK);
-  EXPECT_EQ(dst.at(0, 1), src.y.at(0, 1));
-  EXPECT_EQ(dst.at(31, 1), src.cr.at(7, 0));
+  Instance inst({0x006, 16, 2, 16, 2});  // through the frame call: the destination comes first
+  Picture src, dst;
+  MakeFor(src, 0, 1);
+  MakeFor(dst, 6, 2);
+  EXPECT_EQ(Frame(inst, src, dst), IMGPRC_OK);
+  EXPECT_EQ(dst.planes[0][64], src.planes[0][64]);      // row 1 (strides 64): first luma
+  EXPECT_EQ(dst.planes[0][64 + 31], src.planes[2][7]);  // and the eighth pair's Cr
 }
 
 // I420 to NV12 and back is the identity on the picture; NV12 chroma is Cb, Cr pairs.
