@@ -62,13 +62,6 @@ struct Picture {
   }
 };
 
-inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t lumaStride, uint32_t cbStride,
-                       uint32_t crStride, uint8_t seed) {
-  pic.AddPlane(0, width, height, lumaStride, seed);
-  pic.AddPlane(1, width / 2, height / 2, cbStride, static_cast<uint8_t>(seed + 101));
-  pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
-}
-
 // Planes of input or output code `code`: planar YCbCr three, NV12 two, others one.
 inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
 

@@ -54,15 +54,15 @@ class Deinterlace : public testing::Test {
 TEST_F(Deinterlace, ModeRunsTheDeinterlacerIntoTheWorkArea) {
   Instance inst({0x000, 20, 6, 20, 6});  // work-area stride 32
   Picture src, dst;
-  MakePlanar(src, 20, 6, 24, 12, 16, 1);
-  MakePlanar(dst, 20, 6, 20, 10, 10, 2);
+  MakeFor(src, 0, 1);  // 64-byte strides
+  MakeFor(dst, 0, 2);
   ASSERT_EQ(Frame(inst, src, dst, 0), IMGPRC_OK);  // no mode, no call
   EXPECT_EQ(g_call.calls, 0);
   ASSERT_EQ(Frame(inst, src, dst, 5), IMGPRC_OK);
   EXPECT_EQ(g_call.calls, 1);
   EXPECT_EQ(g_call.mode, 5u);
   EXPECT_EQ(g_call.src0, src.planes[0]);
-  EXPECT_EQ(g_call.srcPitch2, 16u);
+  EXPECT_EQ(g_call.srcPitch2, 64u);
   EXPECT_EQ(g_call.dstPitches, (std::vector<uint32_t>{32, 32, 32}));
   // The picture converted is the work area's, read at the work-area stride.
   for (int p = 0; p < 3; ++p) {
@@ -96,8 +96,8 @@ TEST_F(Deinterlace, ResultsAreMappedAndStopTheFrame) {
                {-4, IMGPRC_OK_NONSTANDARD}, {1, IMGPRC_OK_NONSTANDARD}, {0x7FFFFFFF, IMGPRC_OK_NONSTANDARD}};
   Instance inst({});
   Picture src, dst;
-  MakePlanar(src, 16, 8, 16, 8, 8, 1);
-  MakePlanar(dst, 16, 8, 16, 8, 8, 2);
+  MakeFor(src, 0, 1);
+  MakeFor(dst, 0, 2);
   const std::vector<uint8_t> before = dst.bytes[0];
   for (const auto& c : cases) {
     g_result = c.result;
