@@ -61,10 +61,8 @@ TEST(Frame, PlanesNeededPerFormat) {
 TEST(Frame, PictureOnePixelWideOrHighIsRefused) {
   const struct {
     uint32_t format, sw, sh, dw, dh, rotation;
-  } cases[] = {{0x003, 1, 8, 8, 8, 0},   {0x003, 8, 1, 8, 8, 0}, {0x003, 1, 248, 3, 245, 1},
-               {0x003, 8, 8, 1, 8, 0},   {0x003, 1, 1, 1, 1, 0}, {0x000, 1, 8, 1, 8, 0},
-               {0x000, 8, 1, 16, 16, 3}, {0x00A, 1, 8, 8, 8, 0}, {0x105, 1, 1, 1, 1, 0},
-               {0x303, 16, 8, 16, 1, 2}};
+  } cases[] = {
+      {0x003, 1, 8, 8, 8, 0}, {0x000, 8, 1, 16, 16, 3}, {0x003, 8, 8, 1, 8, 0}, {0x303, 16, 8, 16, 1, 2}};
   for (const auto& c : cases) {
     Instance inst({c.format, c.sw, c.sh, c.dw, c.dh, c.rotation});
     const uint32_t side = std::max({c.sw, c.sh, c.dw, c.dh}) * 4;
