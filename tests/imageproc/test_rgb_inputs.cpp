@@ -145,17 +145,12 @@ TEST(RgbToRgb, ResizedAndRotatedThroughTheFrameCall) {
           const int v = p[0] | p[1] << 8, field[3] = {v & 31, (v >> 5) & 63, v >> 11};
           return in == 3 ? p[l] : field[l];
         };
-        const uint32_t sx = dw == 1 ? 0 : ((sw - 1) << 16) / (dw - 1),
-                       sy = dh == 1 ? 0 : ((sh - 1) << 16) / (dh - 1);
+        const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
         for (int j = 0; j < dh; ++j) {
           for (int i = 0; i < dw; ++i) {
-            const int r = j * sy >> 16, fy = (j * sy >> 11) & 31, rb = std::min(r + 1, sh - 1);
-            const int c = i * sx >> 16, fx = (i * sx >> 11) & 31, cn = std::min(c + 1, sw - 1);
             int v[3];  // each lane x 32
-            for (int l = 0; l < 3; ++l) {
-              auto down = [&](int x) { return (lane(x, r, l) * (32 - fy) + lane(x, rb, l) * fy) >> 5; };
-              v[l] = down(c) * (32 - fx) + down(cn) * fx;
-            }
+            for (int l = 0; l < 3; ++l)
+              v[l] = Bilinear([&](int x, int y) { return lane(x, y, l); }, sw, sh, i * sx, j * sy, 5, true);
             int col, row;
             scrimtest::Rotated(rot, i, j, dw, dh, &col, &row);
             const int rgb565 = in == 2 ? (v[2] >> 5) << 11 | (v[1] >> 5) << 5 | v[0] >> 5

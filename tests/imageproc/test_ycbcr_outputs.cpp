@@ -63,17 +63,6 @@ TEST(PlanarCopy, RowByRowOrWholePlanes) {
   }
 }
 
-int32_t Step(int32_t s, int32_t d) { return d == 1 ? 0 : ((s - 1) << 16) / (d - 1); }
-
-// Bilinear luma at 16.16 position (x, y): down with 5-bit weights, then across;
-// the column right of x is clamped, the row below y is not.
-int RefLuma(const Plane& p, uint32_t x, uint32_t y) {
-  const int xi = x >> 16, yi = y >> 16, xn = std::min(xi + 1, p.width - 1), wx = (x >> 11) & 31,
-            wy = (y >> 11) & 31;
-  auto down = [&](int c) { return (p.at(c, yi) * (32 - wy) + p.at(c, yi + 1) * wy) >> 4; };
-  return ((down(xi) * (32 - wx) + down(xn) * wx) >> 6) & 255;
-}
-
 TEST(PlanarOutput, RotatedResizedAdjustedAgainstReference) {
   const int sizes[][4] = {{14, 6, 14, 6}, {14, 6, 10, 4}, {10, 4, 18, 6},   {6, 2, 6, 2},
                           {20, 10, 6, 2}, {8, 4, 16, 8},  {50, 34, 50, 34}, {14, 6, 10, 8}};
@@ -95,15 +84,16 @@ TEST(PlanarOutput, RotatedResizedAdjustedAgainstReference) {
         const Plane* in[3] = {&src.y, &src.cb, &src.cr};
         Plane* out[3] = {&plain.y, &plain.cb, &plain.cr};
         const uint32_t sx = Step(sw, dw), sy = Step(sh, dh);
+        auto luma = [&](int x, int y) { return src.y.at(x, y); };  // the row below is not clamped
         for (int i = 0; i < 3; ++i) {
           const uint8_t* lut = i ? inst.ctx()->chromaAdjustTable : inst.ctx()->lumaAdjustTable;
           for (int oy = 0; oy < (i ? dh / 2 : dh); ++oy) {
             for (int ox = 0; ox < (i ? dw / 2 : dw); ++ox) {
               const uint32_t x0 = 2 * ox * sx, y0 = 2 * oy * sy;  // chroma: nearest to the block centre
               const int v = sw == dw && sh == dh ? in[i]->at(ox, oy)
-                            : i == 0             ? RefLuma(src.y, ox * sx, oy * sy)
-                                                 : in[i]->at(((x0 >> 16) + ((x0 + sx) >> 16) + 1) >> 2,
-                                                             ((y0 >> 16) + ((y0 + sy) >> 16) + 1) >> 2);
+                            : i == 0 ? Bilinear(luma, sw, sh, ox * sx, oy * sy, 4, false) >> 6 & 255
+                                     : in[i]->at(((x0 >> 16) + ((x0 + sx) >> 16) + 1) >> 2,
+                                                 ((y0 >> 16) + ((y0 + sy) >> 16) + 1) >> 2);
               out[i]->at(ox, oy) = static_cast<uint8_t>(adjust ? lut[v] : v);
             }
           }
