@@ -65,18 +65,16 @@ TEST(Create, RecordSizeRules) {
   EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
 }
 
-// Work sizes are all four sizes rounded down to even. (The neutral adjustment
-// a new instance starts from is checked by the adjustment lifetime steps.)
+// Work sizes are all four sizes rounded down to even, the alpha kept whole. (The
+// other fields are seen in the frames; the starting adjustment in its lifetime steps.)
 TEST(Create, StoresTheRecord) {
   const ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
   Instance inst = Instance::Of(p);
   const ImgPrcContext* c = inst.ctx();
   ASSERT_NE(c, nullptr);
-  EXPECT_EQ((std::vector<uint32_t>{c->format, c->rotation, c->resizeMode, c->srcWidth, c->srcHeight,
-                                   c->dstWidth, c->dstHeight, c->alpha, c->colorKey, c->matrixIndex}),
-            (std::vector<uint32_t>{0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1}));
-  EXPECT_EQ((std::vector<uint32_t>{c->workSrcWidth, c->workSrcHeight, c->workDstWidth, c->workDstHeight}),
-            (std::vector<uint32_t>{32, 20, 64, 40}));
+  EXPECT_EQ(
+      (std::vector<uint32_t>{c->alpha, c->workSrcWidth, c->workSrcHeight, c->workDstWidth, c->workDstHeight}),
+      (std::vector<uint32_t>{0x1280, 32, 20, 64, 40}));
   ASSERT_NE(c->rotationRecord, nullptr);
   EXPECT_EQ(c->rotationRecordSize, 80u);
 }

@@ -118,18 +118,16 @@ TEST(PlanarOutput, AdjustKernelEdges) {
   ImgPrcContext ctx = {};
   ctx.lumaAdjustTable = ctx.chromaAdjustTable = identity;
   Rng rng(5);
-  for (int h : {6, 1}) {
-    I420 src(10, h, 2), dst(10, std::max(h, 2), 3);
-    src.randomize(rng);
-    dst.randomize(rng);
-    I420 want = dst;
-    uint8_t* const missing[3] = {dst.planes[0], nullptr, dst.planes[2]};
-    EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, missing, dst.strides), 0xFFFFFFFFu);
-    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
-    scrimtest::Turn(0, src, want);  // the visible samples; a one-row source has no chroma rows
-    EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, h, dst.planes, dst.strides), 0u);
-    EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
-  }
+  I420 src(10, 1, 2), dst(10, 2, 3);  // one row: no chroma rows (longer pictures: the frame tests)
+  src.randomize(rng);
+  dst.randomize(rng);
+  I420 want = dst;
+  uint8_t* const missing[3] = {dst.planes[0], nullptr, dst.planes[2]};
+  EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, 1, missing, dst.strides), 0xFFFFFFFFu);
+  EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
+  scrimtest::Turn(0, src, want);
+  EXPECT_EQ(_ORUYCbCrAdjust(&ctx, src.planes, src.strides, 10, 1, dst.planes, dst.strides), 0u);
+  EXPECT_TRUE(scrimtest::SamePlanes(dst, want));
   EXPECT_EQ(_ORUYCbCr420Rot(nullptr, nullptr, nullptr, 2, 2), 0xFFFFFFFFu);
   EXPECT_EQ(_ORUYCbCr420RszRot(nullptr, nullptr, nullptr, 2, 2, 4, 4), 0xFFFFFFFFu);
 }
