@@ -80,7 +80,6 @@ int16_t Low(int64_t entry) { return static_cast<int16_t>(entry & 0xFFFF); }
 
 TEST(CscCoef, EveryValueIsTheListedValueInSinglePrecision) {
   for (int i = 0; i < 192; ++i) EXPECT_EQ(csc_coef[i], Single(kListed[i])) << "value " << i;
-  EXPECT_EQ(csc_coef[0], 1.1643999814987183);
 }
 
 void ReferenceAdjust(int b, int c, int s, uint8_t luma[256], uint8_t chroma[256]) {
