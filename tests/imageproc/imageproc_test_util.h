@@ -1,10 +1,10 @@
-// Helpers shared by the image-processor tests: instances that destroy
-// themselves, and pictures whose planes are separate buffers of exactly the
-// size a picture needs, so that AddressSanitizer sees any byte written past them.
+// Instances that destroy themselves, and pictures whose planes are separate
+// buffers of exactly their size, so that AddressSanitizer sees any overrun.
 #pragma once
 
 #include <stdint.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "imageproc/imgprc_context.h"
@@ -15,31 +15,20 @@
 struct CreateArgs {
   uint32_t format = 0x000;
   uint32_t srcWidth = 16, srcHeight = 8, dstWidth = 16, dstHeight = 8;
-  uint32_t rotation = 0;
-  uint32_t resizeMode = 1;
-  uint32_t colorMatrix = 0, fullRange = 0;
+  uint32_t rotation = 0, resizeMode = 1, colorMatrix = 0, fullRange = 0;
 };
 
 inline ImgPrcCreateParams MakeParams(const CreateArgs& a) {
-  return {sizeof(ImgPrcCreateParams),
-          a.format,
-          a.rotation,
-          a.resizeMode,
-          a.srcWidth,
-          a.srcHeight,
-          a.dstWidth,
-          a.dstHeight,
-          0xFF,
-          0,
-          a.colorMatrix,
-          a.fullRange};
+  const ImgPrcCreateParams p = {sizeof p,   a.format,    a.rotation,    a.resizeMode,
+                                a.srcWidth, a.srcHeight, a.dstWidth,    a.dstHeight,
+                                0xFF,       0,           a.colorMatrix, a.fullRange};
+  return p;
 }
 
-// An instance destroyed at the end of the scope.
+// Made from the arguments or from a whole record (size included).
 class Instance {
  public:
   explicit Instance(const CreateArgs& a) : Instance(MakeParams(a), 0) {}
-  // From a whole record, size included.
   static Instance Of(const ImgPrcCreateParams& p) { return Instance(p, 0); }
   ~Instance() {
     if (handle_) ORU_IMAGEPROC_Destroy(handle_);
@@ -64,10 +53,6 @@ struct Picture {
   uint8_t* planes[3] = {nullptr, nullptr, nullptr};
   uint32_t strides[3] = {0, 0, 0};
 
-  Picture() = default;
-  Picture(const Picture&) = delete;
-  Picture& operator=(const Picture&) = delete;
-
   void AddPlane(int i, uint32_t width, uint32_t rows, uint32_t stride, uint8_t seed) {
     size_t size = rows == 0 ? 0 : static_cast<size_t>(stride) * (rows - 1) + width;
     bytes[i].resize(size == 0 ? 1 : size);
@@ -78,51 +63,40 @@ struct Picture {
   }
 };
 
-// A planar 4:2:0 picture of width x height (chroma (width / 2) x (height / 2))
-// with the given strides.
-inline void MakePlanar(Picture& pic, uint32_t width, uint32_t height, uint32_t lumaStride, uint32_t cbStride,
-                       uint32_t crStride, uint8_t seed) {
-  pic.AddPlane(0, width, height, lumaStride, seed);
-  pic.AddPlane(1, width / 2, height / 2, cbStride, static_cast<uint8_t>(seed + 101));
-  pic.AddPlane(2, width / 2, height / 2, crStride, static_cast<uint8_t>(seed + 57));
-}
-
-// Planes a picture of input or output code `code` has: planar YCbCr three,
-// NV12 two, packed and RGB one.
+// Planes of input or output code `code`: planar YCbCr three, NV12 two, others one.
 inline int PlanesOf(int32_t code) { return code <= 2 ? 3 : code == 8 ? 2 : 1; }
 
-// A picture for either side of format `code`, each plane 20 rows of 64 bytes:
-// enough for the 16 x 8 default instance in any layout (32-bit rows land up to
-// 4 strides apart, and resizing kernels read a row past the picture).
-inline void MakeFor(Picture& pic, int32_t code, uint8_t seed) {
-  for (int i = 0; i < PlanesOf(code); ++i) pic.AddPlane(i, 64, 20, 64, static_cast<uint8_t>(seed + i));
+// A picture for either side of format `code`, each plane `side` rows of `side`
+// bytes. 64 x 20 is enough for the 16 x 8 default instance in any layout
+// (32-bit rows land up to 4 strides apart, resizing kernels read a row past).
+inline void MakeFor(Picture& pic, int32_t code, uint8_t seed, uint32_t side = 0) {
+  for (int i = 0; i < PlanesOf(code); ++i)
+    pic.AddPlane(i, side ? side : 64, side ? side : 20, side ? side : 64, static_cast<uint8_t>(seed + i));
 }
 
-inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
-  ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
-  return ORU_IMAGEPROC_ProcessFrame(inst.handle(), src.planes, src.strides, dst.planes, dst.strides, &f);
-}
-
-// The same on planes held elsewhere.
 inline uint32_t Frame(const Instance& inst, uint8_t* const* src, const uint32_t* srcStrides,
-                      uint8_t* const* dst, const uint32_t* dstStrides) {
-  ImgPrcFrameParams f = {sizeof f, 0, 0};
+                      uint8_t* const* dst, const uint32_t* dstStrides, uint32_t deinterlace = 0) {
+  ImgPrcFrameParams f = {sizeof f, 0, deinterlace};
   return ORU_IMAGEPROC_ProcessFrame(inst.handle(), const_cast<uint8_t**>(src),
                                     const_cast<uint32_t*>(srcStrides), const_cast<uint8_t**>(dst),
                                     const_cast<uint32_t*>(dstStrides), &f);
 }
-
-// What a row-by-row copy of rows x width bytes leaves in a plane that held
-// dstBefore: the copied bytes from src, every other byte as it was.
-inline std::vector<uint8_t> CopiedRows(const std::vector<uint8_t>& dstBefore, uint32_t dstStride,
-                                       const uint8_t* src, uint32_t srcStride, uint32_t width,
-                                       uint32_t rows) {
-  std::vector<uint8_t> want = dstBefore;
-  for (uint32_t y = 0; y < rows; ++y) {
-    for (uint32_t x = 0; x < width; ++x) want[y * dstStride + x] = src[y * srcStride + x];
-  }
-  return want;
+inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
+  return Frame(inst, src.planes, src.strides, dst.planes, dst.strides, deinterlace);
 }
+
+// The resizing kernels' bilinear rule at 16.16 position (x, y) of a w x h grid
+// read by at(column, row): 5-bit weights, down first (each sum >> downShift),
+// then across, unshifted; the column right is clamped, the row below only if
+// clampRow. The 16.16 step from s samples to d is Step(s, d).
+template <class At>
+int Bilinear(At at, int w, int h, uint32_t x, uint32_t y, int downShift, bool clampRow) {
+  const int c = x >> 16, cn = std::min(c + 1, w - 1), fx = (x >> 11) & 31;
+  const int r = y >> 16, rb = clampRow ? std::min(r + 1, h - 1) : r + 1, fy = (y >> 11) & 31;
+  auto down = [&](int col) { return (at(col, r) * (32 - fy) + at(col, rb) * fy) >> downShift; };
+  return down(c) * (32 - fx) + down(cn) * fx;
+}
+inline uint32_t Step(int32_t s, int32_t d) { return d == 1 ? 0 : ((s - 1) << 16) / (d - 1); }
 
 inline uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
   ImgPrcColorAdjust a = {b, c, s};

@@ -1,6 +1,5 @@
-// The checker's row checks (tools/scrim-checkasm) at every instruction-set
-// level this CPU offers: each vector row against its scalar row on random
-// rows of every remainder length. Also what the cap does.
+// The checker's row checks (tools/scrim-checkasm) at every instruction-set level
+// this CPU offers, and what the cap does.
 #include <gtest/gtest.h>
 
 #include "imageproc/cpu_features.h"
