@@ -6,14 +6,11 @@
 #include <errno.h>
 #include <limits.h>
 #include <string.h>
-#include <sys/time.h>
-
-#include <atomic>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "compat/win32.h"
+#include "compat_test_util.h"
+
+using namespace compat_test;
 
 namespace {
 
@@ -24,12 +21,6 @@ const bool g_reportOnly = [] {
   fflush(stdout);
   _exit(0);
 }();
-
-int64_t wallMs() {
-  struct timeval tv;
-  gettimeofday(&tv, nullptr);
-  return static_cast<int64_t>(tv.tv_sec) * 1000 + tv.tv_usec / 1000;
-}
 
 std::vector<LONG> edges(const RECT& r) { return {r.left, r.top, r.right, r.bottom}; }
 
@@ -136,10 +127,10 @@ TEST(Rect, IntersectAndUnionIncludingEmptySources) {
 }
 
 TEST(Time, WallClockMillisecondsAndSleep) {
-  int64_t before = wallMs();
+  long before = wallMs();
   DWORD t = timeGetTime(), tick = GetTickCount();
-  EXPECT_GE(static_cast<int64_t>(t), before);
-  EXPECT_LE(static_cast<int64_t>(t), wallMs());
+  EXPECT_GE(static_cast<long>(t), before);
+  EXPECT_LE(static_cast<long>(t), wallMs());
   EXPECT_GE(tick, t);
   EXPECT_GT(t, 0xFFFFFFFFul) << "milliseconds since the epoch do not wrap at 32 bits";
   before = wallMs();
