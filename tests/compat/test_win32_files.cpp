@@ -15,37 +15,29 @@
 
 namespace {
 
-class Win32Files : public ::testing::Test {
- protected:
-  void SetUp() override {
+struct Win32Files : ::testing::Test {
+  std::string dir = [] {
     char tmpl[] = "/tmp/scrim_files_XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    dir = tmpl;
     umask(022);
-  }
+    return std::string(mkdtemp(tmpl) ? tmpl : "");
+  }();
   void TearDown() override { std::filesystem::remove_all(dir); }
-  // A file holding bytes 0, 1, 2, ... (mod 256).
+  // A file holding bytes 0, 1, 2, ... (mod 256); size < 0 only names it.
   std::string file(const char* name, int size = -1) {
     std::string p = dir + "/" + name;
-    if (size < 0) return p;
-    FILE* f = fopen(p.c_str(), "wb");
-    for (int i = 0; i < size; ++i) fputc(i & 0xFF, f);
-    fclose(f);
+    FILE* f = size < 0 ? nullptr : fopen(p.c_str(), "wb");
+    for (int i = 0; f && i < size; ++i) fputc(i & 0xFF, f);
+    if (f) fclose(f);
     return p;
   }
-  static int modeOf(const std::string& p) {
-    struct stat st;
-    return stat(p.c_str(), &st) == 0 ? static_cast<int>(st.st_mode) : -1;
-  }
-  std::string dir;
+  static int fd(HANDLE h) { return static_cast<CLinuxFile*>(h)->GetFD(); }
 };
 
+// All bits set opens as it is (O_EXCL would refuse an O_CREAT open of an
+// existing file, O_TRUNC would empty it) and creates with mode -1 only if that fails.
 TEST_F(Win32Files, CreateFileAttributeCases) {
-  // {flags, creation, attributes, existing size, mode afterwards, size afterwards}.
-  // All bits set opens as it is (O_EXCL would refuse an O_CREAT open of an
-  // existing file, O_TRUNC would empty it) and creates with mode -1 only if that fails.
   const struct {
-    int access, creation, existing;
+    int access, creation, existingSize;
     DWORD attributes;
     int mode, size;
   } cases[] = {{O_RDWR, O_CREAT, -1, 0, 0644, 0},
@@ -53,13 +45,14 @@ TEST_F(Win32Files, CreateFileAttributeCases) {
                {O_RDWR | O_EXCL, O_TRUNC, 5, ~0UL, 0644, 5},
                {O_RDWR, 0, -1, ~0UL, 07755, 0},
                {O_RDWR, O_CREAT | O_TRUNC, 5, 0, 0644, 0}};
-  int n = 0;
   for (const auto& c : cases) {
-    std::string p = file(std::to_string(n++).c_str(), c.existing);
+    const std::string p = file(std::to_string(&c - cases).c_str(), c.existingSize);
     HANDLE h = CreateFile(p.c_str(), c.access, 0, nullptr, c.creation, c.attributes);
-    ASSERT_NE(h, INVALID_HANDLE_VALUE) << n;
-    EXPECT_EQ(modeOf(p) & 0777, c.mode & 0777) << n;
-    EXPECT_EQ(GetFileSize(h, nullptr), static_cast<DWORD>(c.size)) << n;
+    ASSERT_NE(h, INVALID_HANDLE_VALUE) << p;
+    struct stat st = {};
+    stat(p.c_str(), &st);
+    EXPECT_EQ(st.st_mode & 0777, c.mode & 0777u) << p;
+    EXPECT_EQ(GetFileSize(h, nullptr), static_cast<DWORD>(c.size)) << p;
     CloseHandle(h);
   }
   EXPECT_EQ(CreateFile(file("no/such").c_str(), O_RDWR, 0, nullptr, O_CREAT, 0), INVALID_HANDLE_VALUE);
@@ -72,14 +65,12 @@ TEST_F(Win32Files, PipeCarriesBytesAndAFailedReadStillAnswersOne) {
   ASSERT_EQ(CreatePipe(&r, &w, nullptr, 0), TRUE);
   DWORD written = 0, done = 0;
   char buf[8] = {};
-  EXPECT_EQ(WriteFile(w, "hello", 5, &written, nullptr), TRUE);
-  EXPECT_EQ(ReadFile(r, buf, sizeof buf, &done, nullptr), TRUE);
+  EXPECT_EQ(WriteFile(w, "hello", 5, &written, nullptr) + ReadFile(r, buf, sizeof buf, &done, nullptr), 2);
   EXPECT_EQ(written + done, 10u);
   EXPECT_STREQ(buf, "hello");
   EXPECT_EQ(ReadFile(r, buf, 1, nullptr, nullptr) + ReadFile(INVALID_HANDLE_VALUE, buf, 1, &done, nullptr),
             0);
-
-  close(static_cast<CLinuxFile*>(r)->GetFD());
+  close(fd(r));
   EXPECT_EQ(ReadFile(r, buf, 1, &done, nullptr), TRUE);
   EXPECT_EQ(done, 0xFFFFFFFFFFFFFFFFul);
   static_cast<CLinuxFile*>(r)->Attach(-1);
@@ -109,16 +100,13 @@ TEST_F(Win32Files, WindowedFileReadsAndSeeksOnlyInsideItsWindow) {
   unsigned char buf[16] = {};
   auto readFirst = [&](int n) { return f.Read(buf, n) > 0 ? buf[0] : -1; };
   EXPECT_EQ(readFirst(8), 10);
-  // {offset, method, result, first byte a read gives afterwards (-1: none)}
-  const long kNo = 0xFFFFFFFF;
-  const long seeks[]
-                  [4] = {
-                      {5, SEEK_SET, 5, 15},    {21, SEEK_SET, kNo, 16},  // a refusal keeps the position
-                      {-1, SEEK_SET, kNo, 17}, {1, SEEK_END, kNo, 18},  {-25, SEEK_END, kNo, 19},
-                      {0, SEEK_END, 20, -1},   {-5, SEEK_END, 15, 25},  {-16, SEEK_CUR, 0, 10},
-                      {-2, SEEK_CUR, kNo, 9},  // refused, but the descriptor stays before the window
-                      {3, 7, kNo, 10},
-                  };
+  // {offset, method, result, first byte a read gives afterwards (-1: none)};
+  // a refusal keeps the position, even when it is before the window.
+  const long no = 0xFFFFFFFF,
+             seeks[][4] = {{5, SEEK_SET, 5, 15},   {21, SEEK_SET, no, 16},  {-1, SEEK_SET, no, 17},
+                           {1, SEEK_END, no, 18},  {-25, SEEK_END, no, 19}, {0, SEEK_END, 20, -1},
+                           {-5, SEEK_END, 15, 25}, {-16, SEEK_CUR, 0, 10},  {-2, SEEK_CUR, no, 9},
+                           {3, 7, no, 10}};
   for (const auto& s : seeks) {
     EXPECT_EQ(f.SetFilePointer(s[0], nullptr, static_cast<int>(s[1])), s[2]) << s[0] << " " << s[1];
     EXPECT_EQ(readFirst(1), s[3]) << s[0] << " " << s[1];
@@ -141,7 +129,7 @@ TEST_F(Win32Files, SharedViewsWriteThroughPrivateOnesDoNotAndUnmapViewOfFileUnma
     const char mark = flags == MAP_SHARED ? 'S' : 'P';
     whole[8191] = mark;
     char onDisk = 0;
-    pread(static_cast<CLinuxFile*>(h)->GetFD(), &onDisk, 1, 8191);
+    pread(fd(h), &onDisk, 1, 8191);
     EXPECT_EQ(onDisk, 'S') << "the private view's mark never reaches the file";
     EXPECT_EQ(UnmapViewOfFile(whole) + UnmapViewOfFileEx(whole, 0), FALSE);
     EXPECT_EQ(whole[8191], mark) << "still mapped";
