@@ -3,6 +3,7 @@
 // a child process whose exit status and standard output are kept.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -54,6 +55,17 @@ struct Background {
     return waitUntil([&] { return done == n; }, timeoutMs);
   }
 };
+
+// Starts fn on n threads, checks that none returns within ms, then calls
+// release; answers the sum of their results once all have returned.
+inline int sumAfterRelease(int n, const std::function<int()>& fn, const std::function<void()>& release,
+                           int ms = 20) {
+  Background b(n, fn);
+  EXPECT_TRUE(b.blockedAfter(ms)) << "a thread returned before the release";
+  release();
+  EXPECT_TRUE(b.finished(n)) << "a thread was not released";
+  return b.sum;
+}
 
 struct ChildResult {
   int status;  // exit status, or -1 when the child did not exit normally

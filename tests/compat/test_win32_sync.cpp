@@ -66,14 +66,11 @@ TEST(Mutex, RecursiveHoldNeedsAsManyReleasesAndBlocksOthers) {
   BOOL foreign = TRUE;
   std::thread([&] { foreign = ReleaseMutex(m); }).join();
   EXPECT_EQ(foreign, FALSE) << "a thread that does not own it cannot release it";
-  {
-    Background w(1, [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); });
-    EXPECT_EQ(ReleaseMutex(m), TRUE);
-    EXPECT_TRUE(w.blockedAfter(20)) << "still held once";
-    EXPECT_EQ(ReleaseMutex(m), TRUE);
-    ASSERT_TRUE(w.finished(1));
-    EXPECT_EQ(w.sum, 2);
-  }
+  EXPECT_EQ(ReleaseMutex(m), TRUE);
+  EXPECT_EQ(sumAfterRelease(
+                1, [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); },
+                [m] { EXPECT_EQ(ReleaseMutex(m), TRUE) << "held once more"; }),
+            2);
   CloseHandle(m);
 }
 
@@ -104,19 +101,14 @@ TEST(Mutex, RegistryFindsOnlyTheNewestNameAndReleaseUnregistersIt) {
 
 TEST(Semaphore, MaximumIsNeverEnforced) {
   HANDLE s = CreateSemaphore(nullptr, 0, 5, nullptr);
-  EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_TIMEOUT);
   LONG previous = -1;
-  EXPECT_EQ(ReleaseSemaphore(s, 10, &previous), TRUE);
-  EXPECT_EQ(previous, 0);
-  for (int i = 0; i < 10; i++) EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_OBJECT_0) << i;
   EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_TIMEOUT);
+  EXPECT_TRUE(ReleaseSemaphore(s, 10, &previous) && previous == 0);
+  for (int i = 0; i <= 10; i++)
+    EXPECT_EQ(WaitForSingleObject(s, 0), i < 10 ? WAIT_OBJECT_0 : WAIT_TIMEOUT) << i;
   EXPECT_EQ(ReleaseSemaphore(s, 0, &previous), TRUE) << "posting nothing is no failure";
-  {
-    Background w(2, [s] { return acquired(WaitForSingleObject(s, INFINITE)); });
-    ReleaseSemaphore(s, 2, nullptr);
-    ASSERT_TRUE(w.finished(2));
-    EXPECT_EQ(w.sum, 2);
-  }
+  auto wait = [s] { return acquired(WaitForSingleObject(s, INFINITE)); };
+  EXPECT_EQ(sumAfterRelease(2, wait, [s] { ReleaseSemaphore(s, 2, nullptr); }), 2);
   CloseHandle(s);
 }
 
@@ -132,10 +124,8 @@ TEST(WaitForAny, LowestSignalledIndexWinsAndATimeoutAnswersAllOnes) {
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 50), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(a, 0), WAIT_TIMEOUT) << "only a was acquired";
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0 + 1);
-  {
-    Background setter(1, [a] { return sleepMs(20), SetEvent(a); });
-    EXPECT_EQ(WaitForMultipleObjects(2, withNull, FALSE, 5000), WAIT_OBJECT_0 + 1);
-  }
+  auto waitWithNull = [&] { return int(WaitForMultipleObjects(2, withNull, FALSE, 5000)); };
+  EXPECT_EQ(sumAfterRelease(1, waitWithNull, [a] { SetEvent(a); }), int(WAIT_OBJECT_0 + 1));
   CloseHandle(a);
   CloseHandle(b);
 }
@@ -174,7 +164,7 @@ TEST(WaitForAll, AcquiresAllOrNone) {
   EXPECT_EQ(waitOnOtherThread(s, 0), WAIT_OBJECT_0) << "the semaphore unit was given back";
   ReleaseSemaphore(s, 1, nullptr);
   {
-    Background setter(1, [ev] { return sleepMs(20), SetEvent(ev); });
+    Background setter(1, [ev] { return sleepMs(20), SetEvent(ev); });  // this thread must own the mutex
     EXPECT_EQ(WaitForMultipleObjects(3, all, TRUE, INFINITE), WAIT_OBJECT_0);
   }
   EXPECT_EQ(waitOnOtherThread(m, 0), WAIT_TIMEOUT) << "all three are held";
@@ -200,35 +190,32 @@ TEST(RwQueue, BlockingEndOfFileAndTheNullSourceRule) {
   CLNrwqueue q(2, sizeof(int));
   writeOne(q, 1);
   writeOne(q, 2);
-  {
-    Background writer(1, [&] { return writeOne(q, 3); });
-    EXPECT_TRUE(writer.blockedAfter(30)) << "full";
-    EXPECT_EQ(readOne(q), 1);
-    ASSERT_TRUE(writer.finished(1));
-  }
+  auto readsOne = [&] { EXPECT_EQ(readOne(q), 1); };
+  EXPECT_EQ(sumAfterRelease(
+                1, [&] { return writeOne(q, 3); }, readsOne),
+            1)
+      << "full";
   EXPECT_EQ(readOne(q) + readOne(q), 5);
-  {
-    Background readers(3, [&] { return readOne(q); });
-    EXPECT_TRUE(readers.blockedAfter(20));
-    EXPECT_EQ(q.EndOfFile(), 0);
-    ASSERT_TRUE(readers.finished(3)) << "end of file releases every blocked reader";
-    EXPECT_EQ(readers.sum, -3);
-  }
+  auto endOfFile = [&] { EXPECT_EQ(q.EndOfFile(), 0); };
+  EXPECT_EQ(sumAfterRelease(
+                3, [&] { return readOne(q); }, endOfFile),
+            -3)
+      << "every blocked reader wakes";
   EXPECT_EQ(q.GetReadItem(), nullptr) << "still at end of file";
   writeOne(q, 7);
   EXPECT_EQ(readOne(q), 7);
-  {
-    Background reader(1, [&] { return readOne(q); });
-    EXPECT_TRUE(reader.blockedAfter(20)) << "the write cleared the end of file";
-    EXPECT_EQ(q.WriteItem(nullptr), 1);
-    ASSERT_TRUE(reader.finished(1)) << "a null source wakes a reader";
-    EXPECT_EQ(reader.sum, -1) << "which finds the queue empty";
-  }
+  // The write cleared the end of file; a null source wakes a reader, which
+  // finds the queue empty, and keeps its space unit.
+  auto nullWrite = [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); };
+  EXPECT_EQ(sumAfterRelease(
+                1, [&] { return readOne(q); }, nullWrite),
+            -1);
   writeOne(q, 8);
-  Background writer(1, [&] { return writeOne(q, 9); });
-  EXPECT_TRUE(writer.blockedAfter(20)) << "the null write kept its space unit";
-  EXPECT_EQ(readOne(q), 8);
-  ASSERT_TRUE(writer.finished(1));
+  auto readsEight = [&] { EXPECT_EQ(readOne(q), 8); };
+  EXPECT_EQ(sumAfterRelease(
+                1, [&] { return writeOne(q, 9); }, readsEight),
+            1)
+      << "the space unit was kept";
 }
 
 // A, B, C at every position of a ring of four (straddling its end or not):
@@ -244,10 +231,9 @@ TEST(RwQueue, SearchRemovesFromAnywhereInTheRingKeepingOrder) {
       ASSERT_TRUE(q.SearchItem(&found, &sought, true));
       EXPECT_EQ(found, 10 + k);
       writeOne(q, 13);  // the semaphores still agree with the count
-      std::vector<int> rest, expected;
+      std::vector<int> rest, expected = {10, 11, 12, 13};
       while (q.GetCount() > 0) rest.push_back(readOne(q));
-      for (int v : {10, 11, 12, 13})
-        if (v != 10 + k) expected.push_back(v);
+      expected.erase(expected.begin() + k);
       EXPECT_EQ(rest, expected) << "offset " << offset << ", removed " << k;
     }
   }
