@@ -43,14 +43,14 @@ HANDLE startThread(LPTHREAD_START_ROUTINE fn, DWORD flags = 0) {
 
 // Runs first: nothing is claimed before a thread is started through the layer.
 TEST(Thread, SignalsAreLeftAloneUntilTheFirstThreadStarts) {
-  struct sigaction usr1, usr2;
-  sigaction(SIGUSR1, nullptr, &usr1);
-  sigaction(SIGUSR2, nullptr, &usr2);
-  EXPECT_TRUE(usr1.sa_handler == SIG_DFL && usr2.sa_handler == SIG_DFL);
+  auto handler = [](int sig) {
+    struct sigaction a;
+    return sigaction(sig, nullptr, &a), a.sa_handler;
+  };
+  EXPECT_TRUE(handler(SIGUSR1) == SIG_DFL && handler(SIGUSR2) == SIG_DFL);
   HANDLE h = startThread([](void*) { return 0u; });
   WaitForSingleObject(h, INFINITE);
-  sigaction(SIGUSR1, nullptr, &usr1);
-  EXPECT_NE(usr1.sa_handler, SIG_DFL);
+  EXPECT_NE(handler(SIGUSR1), SIG_DFL);
   CloseHandle(h);
 }
 
@@ -168,11 +168,10 @@ struct Timers : ::testing::Test {
   CLinuxTimerMgr mgr;
   HANDLE go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
   HANDLE owner = nullptr;
+  static unsigned waitFor(void* ev) { return WaitForSingleObject(static_cast<HANDLE>(ev), INFINITE); }
   void SetUp() override {
     ASSERT_EQ(mgr.LaunchTimerThread(), 0u);
-    owner = CreateThread(
-        nullptr, 0, [](void* ev) { return unsigned(WaitForSingleObject(static_cast<HANDLE>(ev), INFINITE)); },
-        go, 0, nullptr);
+    owner = CreateThread(nullptr, 0, waitFor, go, 0, nullptr);
   }
   void TearDown() override {
     mgr.KillTimerThread();
@@ -188,6 +187,9 @@ struct Timers : ::testing::Test {
     CLinuxTimer* t = reinterpret_cast<CLinuxTimer*>(msg.lParam);
     EXPECT_EQ(msg.wParam, UINT(t->sequence));
     return t;
+  }
+  static void drain() {
+    for (MSG msg; PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE);) continue;
   }
   static long dueMs(const CLinuxTimer* t) { return t->dueSeconds * 1000 + t->dueNanoseconds / 1000000; }
 };
@@ -213,15 +215,12 @@ TEST_F(Timers, PeriodsFireInDueTimeOrderAndEqualDueTimesTheLaterInsertedFirst) {
   for (CLinuxTimer* t : {slow, mid, fast}) mgr.KillTimer(t);
 
   CLinuxTimer *first = new CLinuxTimer, *second = new CLinuxTimer;
-  first->Init(40);
-  second->Init(40);
+  EXPECT_EQ(first->Init(40) + second->Init(40), 0);
   second->dueSeconds = first->dueSeconds;
   second->dueNanoseconds = first->dueNanoseconds;
   mgr.AddTimer(first);
   mgr.AddTimer(second);
-  MSG msg;
-  while (PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE)) {
-  }
+  drain();
   EXPECT_EQ(next(), second);
   EXPECT_EQ(next(), first);
 }
@@ -238,8 +237,8 @@ TEST_F(Timers, LateThreadFiresOnceAndSkipsMissedPeriods) {
   const long readAt = wallMs();
   pthread_mutex_lock(&mgr.lock);  // nothing is posted while it is held
   const long nextDue = dueMs(t);
-  MSG burst;
-  EXPECT_TRUE(wallMs() >= nextDue || !PeekMessage(&burst, nullptr, 0, 0, PM_NOREMOVE))
+  MSG msg;
+  EXPECT_TRUE(wallMs() >= nextDue || !PeekMessage(&msg, nullptr, 0, 0, PM_NOREMOVE))
       << "missed periods are not fired";
   pthread_mutex_unlock(&mgr.lock);
   EXPECT_GT(nextDue, unlockedAt);
@@ -256,10 +255,9 @@ TEST_F(Timers, KillValidityAndRelaunch) {
   EXPECT_EQ(mgr.IsValid(t, seq) * 2 + mgr.IsValid(t, seq + 1), 2);
   EXPECT_EQ(mgr.KillTimer(t), 0u);
   EXPECT_EQ(mgr.IsValid(t, seq), 0);
-  MSG msg;
-  while (PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE)) {
-  }
+  drain();
   sleepMs(60);
+  MSG msg;
   EXPECT_EQ(PeekMessage(&msg, nullptr, 0, 0, PM_NOREMOVE), FALSE) << "no WM_TIMER after the kill";
 
   EXPECT_EQ(mgr.LaunchTimerThread(), 0xFFFFFFFFUL) << "already running";
