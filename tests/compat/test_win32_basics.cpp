@@ -61,11 +61,13 @@ TEST(Interlocked, ResultsAndWidth) {
 // Each of four concurrent callers sees the value its own step produced: every
 // value between the start and the end is answered exactly once.
 TEST(Interlocked, ConcurrentStepsLoseNoCountAndAnswerDistinctValues) {
-  constexpr int kThreads = 4, kRounds = 5000, kAll = kThreads * kRounds;
+  constexpr int kThreads = 4, kRounds = 100000, kAll = kThreads * kRounds;
   LONG counter = 0;
   for (auto step : {InterlockedIncrement, InterlockedDecrement}) {
     std::vector<std::atomic<int>> hits(kAll + 1);
+    std::atomic<int> started{0};
     Background(kThreads, [&] {
+      for (started++; started < kThreads;) continue;  // all at once, so that the steps overlap
       for (int i = 0; i < kRounds; ++i)
         if (const LONG x = step(&counter); x >= 0 && x <= kAll) hits[x]++;
       return 0;
