@@ -1,8 +1,5 @@
-// Events, mutexes, the named-mutex registry, semaphores, the waits on one or
-// several handles, and the bounded ring queue built on them (blocking, end of
-// file, zero-copy access, flush, search, peeking, and a stress run of four
-// producers and four consumers through four slots), with real threads where a
-// wake-up is what is checked.
+// Events, mutexes and their registry, semaphores, waits on one or several
+// handles, and the bounded ring queue built on them.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

@@ -1,6 +1,5 @@
-// Threads: exit codes and waits, the 128-slot table, suspension, priorities,
-// the creator's current thread and the message queue; then timers, which post
-// WM_TIMER messages in due-time order from one timer thread.
+// Threads: exit codes, waits, the 128-slot table, suspension, priorities, the
+// creator's current thread, message queues; and timers posting WM_TIMER.
 #include <gtest/gtest.h>
 #include <signal.h>
 
