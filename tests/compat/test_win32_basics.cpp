@@ -14,7 +14,7 @@ using namespace compat_test;
 
 namespace {
 
-// Run as a child (see IdWalksUp...): report what the walk answers and the parent.
+// Run as a child (see Process.IdWalksUp...): report what the walk answers and the parent.
 const bool g_reportOnly = [] {
   if (!getenv("SCRIM_PID_REPORT")) return false;
   printf("%lu %d\n", GetCurrentProcessId(), static_cast<int>(getppid()));
