@@ -64,10 +64,8 @@ TEST(Mutex, RecursiveHoldNeedsAsManyReleasesAndBlocksOthers) {
   std::thread([&] { foreign = ReleaseMutex(m); }).join();
   EXPECT_EQ(foreign, FALSE) << "a thread that does not own it cannot release it";
   EXPECT_EQ(ReleaseMutex(m), TRUE);
-  EXPECT_EQ(sumAfterRelease(
-                1, [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); },
-                [m] { EXPECT_EQ(ReleaseMutex(m), TRUE) << "held once more"; }),
-            2);
+  auto waitAndRelease = [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); };
+  EXPECT_EQ(sumAfterRelease(1, waitAndRelease, [m] { EXPECT_EQ(ReleaseMutex(m), TRUE) << "held once"; }), 2);
   CloseHandle(m);
 }
 
@@ -187,32 +185,25 @@ TEST(RwQueue, BlockingEndOfFileAndTheNullSourceRule) {
   CLNrwqueue q(2, sizeof(int));
   writeOne(q, 1);
   writeOne(q, 2);
-  auto readsOne = [&] { EXPECT_EQ(readOne(q), 1); };
-  EXPECT_EQ(sumAfterRelease(
-                1, [&] { return writeOne(q, 3); }, readsOne),
-            1)
-      << "full";
+  int sum = sumAfterRelease(
+      1, [&] { return writeOne(q, 3); }, [&] { EXPECT_EQ(readOne(q), 1); });
+  EXPECT_EQ(sum, 1) << "full";
   EXPECT_EQ(readOne(q) + readOne(q), 5);
-  auto endOfFile = [&] { EXPECT_EQ(q.EndOfFile(), 0); };
-  EXPECT_EQ(sumAfterRelease(
-                3, [&] { return readOne(q); }, endOfFile),
-            -3)
-      << "every blocked reader wakes";
+  sum = sumAfterRelease(
+      3, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.EndOfFile(), 0); });
+  EXPECT_EQ(sum, -3) << "every blocked reader wakes";
   EXPECT_EQ(q.GetReadItem(), nullptr) << "still at end of file";
   writeOne(q, 7);
   EXPECT_EQ(readOne(q), 7);
   // The write cleared the end of file; a null source wakes a reader, which
   // finds the queue empty, and keeps its space unit.
-  auto nullWrite = [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); };
-  EXPECT_EQ(sumAfterRelease(
-                1, [&] { return readOne(q); }, nullWrite),
-            -1);
+  sum = sumAfterRelease(
+      1, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); });
+  EXPECT_EQ(sum, -1);
   writeOne(q, 8);
-  auto readsEight = [&] { EXPECT_EQ(readOne(q), 8); };
-  EXPECT_EQ(sumAfterRelease(
-                1, [&] { return writeOne(q, 9); }, readsEight),
-            1)
-      << "the space unit was kept";
+  sum = sumAfterRelease(
+      1, [&] { return writeOne(q, 9); }, [&] { EXPECT_EQ(readOne(q), 8); });
+  EXPECT_EQ(sum, 1) << "the space unit was kept";
 }
 
 // A, B, C at every position of a ring of four (straddling its end or not):
