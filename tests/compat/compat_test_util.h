@@ -1,9 +1,11 @@
-// Helpers of the portability-layer tests: elapsed time, waiting for a
-// condition without sleeping longer than needed, background threads, and a
-// body run in a child process whose exit status and standard output are kept.
+// Helpers of the portability-layer tests: clocks, waiting for a condition
+// without sleeping longer than needed, background threads, and a body run in
+// a child process whose exit status and standard output are kept.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <stdio.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,15 +24,19 @@ inline long msSince(Clock::time_point t0) {
   return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t0).count());
 }
 
+// The layer's clock and timers count wall-clock milliseconds since the epoch.
+inline long wallMs() {
+  struct timeval tv;
+  gettimeofday(&tv, nullptr);
+  return tv.tv_sec * 1000L + tv.tv_usec / 1000;
+}
+
 inline void sleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
 // Polls every millisecond; false when the condition did not come true in time.
 inline bool waitUntil(const std::function<bool()>& done, long timeoutMs = 10000) {
-  const auto t0 = Clock::now();
-  while (!done()) {
+  for (const auto t0 = Clock::now(); !done(); sleepMs(1))
     if (msSince(t0) > timeoutMs) return false;
-    sleepMs(1);
-  }
   return true;
 }
 
@@ -49,6 +55,17 @@ struct Background {
     return waitUntil([&] { return done == n; }, timeoutMs);
   }
 };
+
+// Starts fn on n threads, checks that none returns within ms, then calls
+// release; answers the sum of their results once all have returned.
+inline int sumAfterRelease(int n, const std::function<int()>& fn, const std::function<void()>& release,
+                           int ms = 20) {
+  Background b(n, fn);
+  EXPECT_TRUE(b.blockedAfter(ms)) << "a thread returned before the release";
+  release();
+  EXPECT_TRUE(b.finished(n)) << "a thread was not released";
+  return b.sum;
+}
 
 struct ChildResult {
   int status;  // exit status, or -1 when the child did not exit normally

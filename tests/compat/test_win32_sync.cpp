@@ -1,6 +1,9 @@
-// Events, mutexes, the named-mutex registry, semaphores and the waits on one
-// or several handles, with real threads where a wake-up is what is checked.
+// Events, mutexes and their registry, semaphores, waits on one or several
+// handles, and the bounded ring queue built on them.
 #include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
 
 #include "compat/win32.h"
 #include "compat_test_util.h"
@@ -60,14 +63,9 @@ TEST(Mutex, RecursiveHoldNeedsAsManyReleasesAndBlocksOthers) {
   BOOL foreign = TRUE;
   std::thread([&] { foreign = ReleaseMutex(m); }).join();
   EXPECT_EQ(foreign, FALSE) << "a thread that does not own it cannot release it";
-  {
-    Background w(1, [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); });
-    EXPECT_EQ(ReleaseMutex(m), TRUE);
-    EXPECT_TRUE(w.blockedAfter(20)) << "still held once";
-    EXPECT_EQ(ReleaseMutex(m), TRUE);
-    ASSERT_TRUE(w.finished(1));
-    EXPECT_EQ(w.sum, 2);
-  }
+  EXPECT_EQ(ReleaseMutex(m), TRUE);
+  auto waitAndRelease = [m] { return acquired(WaitForSingleObject(m, INFINITE)) + ReleaseMutex(m); };
+  EXPECT_EQ(sumAfterRelease(1, waitAndRelease, [m] { EXPECT_EQ(ReleaseMutex(m), TRUE) << "held once"; }), 2);
   CloseHandle(m);
 }
 
@@ -98,19 +96,14 @@ TEST(Mutex, RegistryFindsOnlyTheNewestNameAndReleaseUnregistersIt) {
 
 TEST(Semaphore, MaximumIsNeverEnforced) {
   HANDLE s = CreateSemaphore(nullptr, 0, 5, nullptr);
-  EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_TIMEOUT);
   LONG previous = -1;
-  EXPECT_EQ(ReleaseSemaphore(s, 10, &previous), TRUE);
-  EXPECT_EQ(previous, 0);
-  for (int i = 0; i < 10; i++) EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_OBJECT_0) << i;
   EXPECT_EQ(WaitForSingleObject(s, 0), WAIT_TIMEOUT);
+  EXPECT_TRUE(ReleaseSemaphore(s, 10, &previous) && previous == 0);
+  for (int i = 0; i <= 10; i++)
+    EXPECT_EQ(WaitForSingleObject(s, 0), i < 10 ? WAIT_OBJECT_0 : WAIT_TIMEOUT) << i;
   EXPECT_EQ(ReleaseSemaphore(s, 0, &previous), TRUE) << "posting nothing is no failure";
-  {
-    Background w(2, [s] { return acquired(WaitForSingleObject(s, INFINITE)); });
-    ReleaseSemaphore(s, 2, nullptr);
-    ASSERT_TRUE(w.finished(2));
-    EXPECT_EQ(w.sum, 2);
-  }
+  auto wait = [s] { return acquired(WaitForSingleObject(s, INFINITE)); };
+  EXPECT_EQ(sumAfterRelease(2, wait, [s] { ReleaseSemaphore(s, 2, nullptr); }), 2);
   CloseHandle(s);
 }
 
@@ -126,10 +119,8 @@ TEST(WaitForAny, LowestSignalledIndexWinsAndATimeoutAnswersAllOnes) {
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 50), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(a, 0), WAIT_TIMEOUT) << "only a was acquired";
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0 + 1);
-  {
-    Background setter(1, [a] { return sleepMs(20), SetEvent(a); });
-    EXPECT_EQ(WaitForMultipleObjects(2, withNull, FALSE, 5000), WAIT_OBJECT_0 + 1);
-  }
+  auto waitWithNull = [&] { return int(WaitForMultipleObjects(2, withNull, FALSE, 5000)); };
+  EXPECT_EQ(sumAfterRelease(1, waitWithNull, [a] { SetEvent(a); }), int(WAIT_OBJECT_0 + 1));
   CloseHandle(a);
   CloseHandle(b);
 }
@@ -168,13 +159,171 @@ TEST(WaitForAll, AcquiresAllOrNone) {
   EXPECT_EQ(waitOnOtherThread(s, 0), WAIT_OBJECT_0) << "the semaphore unit was given back";
   ReleaseSemaphore(s, 1, nullptr);
   {
-    Background setter(1, [ev] { return sleepMs(20), SetEvent(ev); });
+    Background setter(1, [ev] { return sleepMs(20), SetEvent(ev); });  // this thread must own the mutex
     EXPECT_EQ(WaitForMultipleObjects(3, all, TRUE, INFINITE), WAIT_OBJECT_0);
   }
   EXPECT_EQ(waitOnOtherThread(m, 0), WAIT_TIMEOUT) << "all three are held";
   EXPECT_EQ(WaitForSingleObject(s, 0) + WaitForSingleObject(ev, 0), 2 * WAIT_TIMEOUT);
   ReleaseMutex(m);
   for (HANDLE h : all) CloseHandle(h);
+}
+
+int readOne(CLNrwqueue& q) {
+  int v = -1;
+  return q.ReadItem(&v) ? v : -1;
+}
+
+int writeOne(CLNrwqueue& q, int v) { return q.WriteItem(&v); }
+
+struct Equals : ISearchCriteria {
+  int value;
+  explicit Equals(int v) : value(v) {}
+  bool Match(const void* item) override { return *static_cast<const int*>(item) == value; }
+};
+
+TEST(RwQueue, BlockingEndOfFileAndTheNullSourceRule) {
+  CLNrwqueue q(2, sizeof(int));
+  writeOne(q, 1);
+  writeOne(q, 2);
+  int sum = sumAfterRelease(
+      1, [&] { return writeOne(q, 3); }, [&] { EXPECT_EQ(readOne(q), 1); });
+  EXPECT_EQ(sum, 1) << "full";
+  EXPECT_EQ(readOne(q) + readOne(q), 5);
+  sum = sumAfterRelease(
+      3, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.EndOfFile(), 0); });
+  EXPECT_EQ(sum, -3) << "every blocked reader wakes";
+  EXPECT_EQ(q.GetReadItem(), nullptr) << "still at end of file";
+  writeOne(q, 7);
+  EXPECT_EQ(readOne(q), 7);
+  // The write cleared the end of file; a null source wakes a reader, which
+  // finds the queue empty, and keeps its space unit.
+  sum = sumAfterRelease(
+      1, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); });
+  EXPECT_EQ(sum, -1);
+  writeOne(q, 8);
+  sum = sumAfterRelease(
+      1, [&] { return writeOne(q, 9); }, [&] { EXPECT_EQ(readOne(q), 8); });
+  EXPECT_EQ(sum, 1) << "the space unit was kept";
+}
+
+// A, B, C at every position of a ring of four (straddling its end or not):
+// removing any one leaves the other two in order.
+TEST(RwQueue, SearchRemovesFromAnywhereInTheRingKeepingOrder) {
+  for (int offset = 0; offset < 4; offset++) {
+    for (int k = 0; k < 3; k++) {
+      CLNrwqueue q(4, sizeof(int));
+      for (int i = 0; i < offset; i++) writeOne(q, -1), readOne(q);
+      for (int v : {10, 11, 12}) writeOne(q, v);
+      Equals sought(10 + k);
+      int found = 0;
+      ASSERT_TRUE(q.SearchItem(&found, &sought, true));
+      EXPECT_EQ(found, 10 + k);
+      writeOne(q, 13);  // the semaphores still agree with the count
+      std::vector<int> rest, expected = {10, 11, 12, 13};
+      while (q.GetCount() > 0) rest.push_back(readOne(q));
+      expected.erase(expected.begin() + k);
+      EXPECT_EQ(rest, expected) << "offset " << offset << ", removed " << k;
+    }
+  }
+}
+
+std::vector<int> g_flushed;
+
+TEST(RwQueue, ZeroCopyCancelSearchPeekAndFlush) {
+  CLNrwqueue q(4, sizeof(int));
+  int out = 0;
+  EXPECT_FALSE(q.SearchItem(&out, nullptr, false)) << "empty";
+  void* slot0 = q.GetWriteItem();
+  *static_cast<int*>(slot0) = 5;
+  q.CancelWriteItem();
+  *static_cast<int*>(q.GetWriteItem()) = 0;
+  q.CommitWriteItem();
+  EXPECT_EQ(*static_cast<int*>(q.GetReadItem()), 0) << "a cancelled write leaves no item";
+  q.CancelReadItem();
+  EXPECT_EQ(q.GetCount(), 1u) << "a cancelled read leaves the item";
+  EXPECT_EQ(readOne(q), 0);
+  for (int v : {1, 2, 3}) writeOne(q, v);
+  Equals two(2), nine(9);
+  EXPECT_TRUE(q.SearchItem(&out, &two, false));
+  EXPECT_EQ(out + q.GetCount(), 2u + 3u) << "found and left in place";
+  EXPECT_FALSE(q.SearchItem(&out, &nine, true));
+  EXPECT_EQ(*static_cast<int*>(q.PeekItem(2)), 3);
+  EXPECT_EQ(q.PeekItem(3), nullptr) << "PeekItem(count)";
+  EXPECT_EQ(q.Flush([](void* item) { g_flushed.push_back(*static_cast<int*>(item)); }), 0);
+  EXPECT_EQ(g_flushed, (std::vector<int>{1, 2, 3}));
+  writeOne(q, 4);
+  EXPECT_EQ(q.PeekItem(0), slot0) << "both indices are back at 0";
+  for (int v : {5, 6, 7}) writeOne(q, v);  // all four slots are free again
+  EXPECT_TRUE(q.SearchItem(&out, nullptr, true));
+  EXPECT_EQ(out, 4) << "no criterion takes the oldest";
+}
+
+// Zero-copy calls name their slot by the shared index, so a zero-copy writer
+// (and a zero-copy reader or a removing search) holds its side's lock
+// exclusively while copy calls share it. Each consumer checks every producer's
+// items arrive in order; at the end every item has arrived exactly once.
+TEST(RwQueue, StressFourProducersFourConsumersFourSlots) {
+#ifdef __aarch64__
+  const uint32_t kPerProducer = 25000;  // qemu is slow: 100,000 items
+#else
+  const uint32_t kPerProducer = 250000;  // 1,000,000 items
+#endif
+  struct Item {
+    uint32_t producer, seq;
+  };
+  struct OldestOf : ISearchCriteria {
+    uint32_t producer = 0;
+    bool Match(const void* item) override { return static_cast<const Item*>(item)->producer == producer; }
+  };
+  pthread_rwlock_t side[2];  // writers, readers; writers first so that exclusive holders are not starved
+  pthread_rwlockattr_t attr;
+  pthread_rwlockattr_init(&attr);
+  pthread_rwlockattr_setkind_np(&attr, PTHREAD_RWLOCK_PREFER_WRITER_NONRECURSIVE_NP);
+  for (auto& l : side) pthread_rwlock_init(&l, &attr);
+  auto lock = [&](int s, bool exclusive) {
+    (exclusive ? pthread_rwlock_wrlock : pthread_rwlock_rdlock)(&side[s]);
+  };
+  CLNrwqueue q(4, sizeof(Item));
+  std::vector<std::atomic<uint8_t>> seen(4 * kPerProducer);
+  std::atomic<long> faults{0};
+  std::atomic<uint32_t> producerIds{0};
+
+  Background producers(4, [&] {
+    for (Item item{producerIds++, 0}; item.seq < kPerProducer; item.seq++) {
+      const bool zeroCopy = item.seq % 8 == 3;
+      lock(0, zeroCopy);
+      if (zeroCopy) *static_cast<Item*>(q.GetWriteItem()) = item, q.CommitWriteItem();
+      if (!zeroCopy) q.WriteItem(&item);
+      pthread_rwlock_unlock(&side[0]);
+    }
+    return 0;
+  });
+  Background consumers(4, [&] {
+    long last[4] = {-1, -1, -1, -1};
+    OldestOf oldest;  // the oldest item of one producer keeps that producer's order
+    Item item;
+    for (uint32_t n = 0;; n++) {
+      const bool zeroCopy = n % 8 == 5, search = n % 1000 == 999;
+      lock(1, zeroCopy || search);
+      Item* slot = zeroCopy ? static_cast<Item*>(q.GetReadItem()) : nullptr;
+      oldest.producer = n / 1000 % 4;
+      bool got =
+          zeroCopy ? slot != nullptr : (search && q.SearchItem(&item, &oldest, true)) || q.ReadItem(&item);
+      if (slot) item = *slot, q.CommitReadItem();
+      pthread_rwlock_unlock(&side[1]);
+      if (!got) return 0;
+      faults += static_cast<long>(item.seq) <= last[item.producer] ||
+                seen[item.producer * kPerProducer + item.seq]++ != 0;
+      last[item.producer] = item.seq;
+    }
+  });
+  for (auto& t : producers.threads) t.join();
+  producers.threads.clear();
+  q.EndOfFile();
+  EXPECT_TRUE(consumers.finished(4)) << "end of file released every consumer";
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), 1), 4 * kPerProducer) << "items lost";
+  EXPECT_EQ(faults, 0) << "items out of order or twice";
+  for (auto& l : side) pthread_rwlock_destroy(&l);
 }
 
 }  // namespace

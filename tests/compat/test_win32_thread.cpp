@@ -1,7 +1,9 @@
-// Threads: exit codes and waits, the 128-slot table, suspension, priorities,
-// the creator's current thread and the message queue.
+// Threads: exit codes, waits, the 128-slot table, suspension, priorities, the
+// creator's current thread, message queues; and timers posting WM_TIMER.
 #include <gtest/gtest.h>
 #include <signal.h>
+
+#include <map>
 
 #include "compat/thread_table.h"
 #include "compat/win32.h"
@@ -34,32 +36,48 @@ bool ticking() {
   return sleepMs(30), g_ticks != before;
 }
 
+HANDLE startThread(LPTHREAD_START_ROUTINE fn, DWORD flags = 0) {
+  return CreateThread(nullptr, 0, fn, nullptr, flags, nullptr);
+}
+
 // Runs first: nothing is claimed before a thread is started through the layer.
 TEST(Thread, SignalsAreLeftAloneUntilTheFirstThreadStarts) {
-  struct sigaction usr1, usr2;
-  sigaction(SIGUSR1, nullptr, &usr1);
-  sigaction(SIGUSR2, nullptr, &usr2);
-  EXPECT_TRUE(usr1.sa_handler == SIG_DFL && usr2.sa_handler == SIG_DFL);
-  HANDLE h = CreateThread(
-      nullptr, 0, [](void*) { return 0u; }, nullptr, 0, nullptr);
+  auto handler = [](int sig) {
+    struct sigaction a;
+    return sigaction(sig, nullptr, &a), a.sa_handler;
+  };
+  EXPECT_TRUE(handler(SIGUSR1) == SIG_DFL && handler(SIGUSR2) == SIG_DFL);
+  HANDLE h = startThread([](void*) { return 0u; });
   WaitForSingleObject(h, INFINITE);
-  sigaction(SIGUSR1, nullptr, &usr1);
-  EXPECT_NE(usr1.sa_handler, SIG_DFL);
+  EXPECT_NE(handler(SIGUSR1), SIG_DFL);
   CloseHandle(h);
 }
 
-TEST(Thread, ExitCodesPrioritiesAndWaits) {
+// The creator reads the queue of the thread it made last; that thread itself
+// has no current thread.
+TEST(Thread, ExitCodesPrioritiesWaitsAndMessages) {
   g_go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
   DWORD id = 0, code = 0;
   HANDLE h = CreateThread(nullptr, 0, returnSevenWhenLetGo, nullptr, 0, &id);
   EXPECT_EQ(id, reinterpret_cast<DWORD>(h)) << "the id is the handle value";
-  ASSERT_TRUE(GetExitCodeThread(h, &code));
-  EXPECT_EQ(code, 259u);
+  EXPECT_TRUE(GetExitCodeThread(h, &code) && code == 259u);
   // Real-time priorities may be refused to this process; a refusal changes nothing.
   for (int asked : {150, 20, -5}) {
     const int expected = SetThreadPriority(h, asked) ? (asked > 99 ? 99 : asked < 0 ? 0 : asked) : 0;
     EXPECT_EQ(GetThreadPriority(h), expected) << asked;
     SetThreadPriority(h, 0);
+  }
+  EXPECT_EQ(GetCurrentThread(), h);
+  MSG msg = {};
+  EXPECT_EQ(PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE), FALSE) << "empty queue";
+  for (UINT i = 0; i < 1005; i++)
+    ASSERT_EQ(PostThreadMessage(h, WM_TIMER + (i == 0), i, -long(i)), TRUE) << i;
+  EXPECT_EQ(PostThreadMessage(h, 1, 0, 0) | PostThreadMessage(nullptr, 1, 0, 0), FALSE) << "1005 queued";
+  ASSERT_EQ(PeekMessage(&msg, nullptr, 0, 0, PM_NOREMOVE), TRUE);
+  EXPECT_EQ(msg.message, UINT(WM_TIMER + 1));
+  for (UINT i = 0; i < 1005; i++) {
+    ASSERT_EQ(i % 2 ? GetMessage(&msg, nullptr, 0, 0) : PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE), TRUE);
+    ASSERT_TRUE(msg.message == UINT(WM_TIMER + (i == 0)) && msg.wParam == i && msg.lParam == -long(i)) << i;
   }
   const auto t0 = Clock::now();
   EXPECT_EQ(WaitForSingleObject(h, 30), WAIT_TIMEOUT);
@@ -68,14 +86,14 @@ TEST(Thread, ExitCodesPrioritiesAndWaits) {
   SetEvent(g_go);
   EXPECT_EQ(WaitForSingleObject(h, 5000), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(h, 0), WAIT_OBJECT_0) << "a finished thread is reported at once";
+  EXPECT_EQ(g_current.load(), nullptr);
   EXPECT_TRUE(GetExitCodeThread(h, &code) && code == 7u);
   EXPECT_EQ(GetExitCodeThread(h, nullptr), FALSE);
   EXPECT_EQ(WaitForSingleObject(h, INFINITE), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(h, INFINITE), WAIT_FAILED) << "a second join fails";
   CloseHandle(h);
 
-  h = CreateThread(
-      nullptr, 0, [](void*) -> unsigned { ExitThread(3); }, nullptr, 0, nullptr);
+  h = startThread([](void*) -> unsigned { ExitThread(3); });
   EXPECT_EQ(WaitForSingleObject(h, INFINITE), WAIT_OBJECT_0);
   EXPECT_TRUE(GetExitCodeThread(h, &code) && code == 259u) << "ExitThread stores no exit code";
   CloseHandle(h);
@@ -95,59 +113,28 @@ TEST(Thread, ExitCodesPrioritiesAndWaits) {
   CloseHandle(g_go);
 }
 
+// Started suspended; a thread started running is what every other test uses.
 TEST(Thread, SuspendAndResumeKeepNoCount) {
-  for (DWORD flags : {DWORD(CREATE_SUSPENDED), DWORD(0)}) {
-    g_quit = false;
-    HANDLE h = CreateThread(nullptr, 0, count, nullptr, flags, nullptr);
-    if (flags == CREATE_SUSPENDED) {
-      EXPECT_FALSE(ticking());
-      // A resume sent before the suspension takes hold is lost: repeat it.
-      EXPECT_TRUE(waitUntil([&] { return ResumeThread(h) == 1 && ticking(); }));
-    }
-    ASSERT_TRUE(waitUntil(ticking));
-    EXPECT_EQ(SuspendThread(h), 1u);
-    ASSERT_TRUE(waitUntil([] { return !ticking(); }));
-    EXPECT_FALSE(ticking());
-    EXPECT_EQ(SuspendThread(h), 1u) << "a second suspension while suspended";
-    EXPECT_EQ(ResumeThread(h), 1u);
-    EXPECT_TRUE(waitUntil(ticking, 5000)) << "one resume ends two suspensions";
-    g_quit = true;
-    WaitForSingleObject(h, INFINITE);
-    CloseHandle(h);
-  }
-}
-
-// The creator reads the queue of the thread it made last; that thread itself
-// has no current thread.
-TEST(Thread, MessagesKeepOrderAndStopAt1005Queued) {
-  g_go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
-  HANDLE h = CreateThread(nullptr, 0, returnSevenWhenLetGo, nullptr, 0, nullptr);
-  EXPECT_EQ(GetCurrentThread(), h);
-  MSG msg = {};
-  EXPECT_EQ(PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE), FALSE) << "empty queue";
-  for (UINT i = 0; i < 1005; i++)
-    ASSERT_EQ(PostThreadMessage(h, WM_TIMER + (i == 0), i, -long(i)), TRUE) << i;
-  EXPECT_EQ(PostThreadMessage(h, 1, 0, 0) | PostThreadMessage(nullptr, 1, 0, 0), FALSE) << "1005 queued";
-  ASSERT_EQ(PeekMessage(&msg, nullptr, 0, 0, PM_NOREMOVE), TRUE);
-  EXPECT_EQ(msg.message, UINT(WM_TIMER + 1));
-  for (UINT i = 0; i < 1005; i++) {
-    ASSERT_EQ(i % 2 ? GetMessage(&msg, nullptr, 0, 0) : PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE), TRUE);
-    ASSERT_TRUE(msg.message == UINT(WM_TIMER + (i == 0)) && msg.wParam == i && msg.lParam == -long(i)) << i;
-  }
-  SetEvent(g_go);
+  HANDLE h = startThread(count, CREATE_SUSPENDED);
+  EXPECT_FALSE(ticking());
+  // A resume sent before the suspension takes hold is lost: repeat it.
+  EXPECT_TRUE(waitUntil([&] { return ResumeThread(h) == 1 && ticking(); }));
+  EXPECT_EQ(SuspendThread(h), 1u);
+  ASSERT_TRUE(waitUntil([] { return !ticking(); }));
+  EXPECT_FALSE(ticking());
+  EXPECT_EQ(SuspendThread(h), 1u) << "a second suspension while suspended";
+  EXPECT_EQ(ResumeThread(h), 1u);
+  EXPECT_TRUE(waitUntil(ticking, 5000)) << "one resume ends two suspensions";
+  g_quit = true;
   WaitForSingleObject(h, INFINITE);
-  EXPECT_EQ(g_current.load(), nullptr);
   CloseHandle(h);
-  CloseHandle(g_go);
 }
 
 TEST(Thread, ChildProcessTableLimitAndQuitMessage) {
   ChildResult full = runInChild([] {
     int made = 0;
     for (CLinuxThread* slot : gAllThreads) made += slot != nullptr;
-    for (HANDLE h;
-         (h = CreateThread(
-              nullptr, 0, [](void*) { return pause(), 0u; }, nullptr, 0, nullptr)) != INVALID_HANDLE_VALUE;)
+    for (HANDLE h; (h = startThread([](void*) { return pause(), 0u; })) != INVALID_HANDLE_VALUE;)
       if (!h || ++made > 200) return 1;
     return made == 128 ? 0 : 2;
   });
@@ -155,8 +142,7 @@ TEST(Thread, ChildProcessTableLimitAndQuitMessage) {
   EXPECT_EQ(full.out, "thread full \n");
 
   ChildResult quit = runInChild([] {
-    HANDLE h = CreateThread(
-        nullptr, 0, [](void*) { return 0u; }, nullptr, 0, nullptr);
+    HANDLE h = startThread([](void*) { return 0u; });
     WaitForSingleObject(h, INFINITE);
     PostThreadMessage(h, 0x400, 0, 0);
     PostThreadMessage(h, WM_QUIT, 0, 0);
@@ -167,6 +153,121 @@ TEST(Thread, ChildProcessTableLimitAndQuitMessage) {
     return 3;  // not reached: WM_QUIT ends the process with status 2
   });
   EXPECT_EQ(quit.status, 2);
+}
+
+// Timers post to the creator's current thread, which is the thread it made
+// last: the timer thread is launched first, then an idle owner thread whose
+// queue this test reads with GetMessage.
+struct Timers : ::testing::Test {
+  CLinuxTimerMgr mgr;
+  HANDLE go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
+  HANDLE owner = nullptr;
+  static unsigned waitFor(void* ev) { return WaitForSingleObject(static_cast<HANDLE>(ev), INFINITE); }
+  void SetUp() override {
+    ASSERT_EQ(mgr.LaunchTimerThread(), 0u);
+    owner = CreateThread(nullptr, 0, waitFor, go, 0, nullptr);
+  }
+  void TearDown() override {
+    mgr.KillTimerThread();
+    SetEvent(go);
+    WaitForSingleObject(owner, INFINITE);
+    CloseHandle(owner);
+    CloseHandle(go);
+  }
+  CLinuxTimer* next() {
+    MSG msg;
+    GetMessage(&msg, nullptr, 0, 0);
+    EXPECT_EQ(msg.message, UINT(WM_TIMER));
+    CLinuxTimer* t = reinterpret_cast<CLinuxTimer*>(msg.lParam);
+    EXPECT_EQ(msg.wParam, UINT(t->sequence));
+    return t;
+  }
+  static void drain() {
+    for (MSG msg; PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE);) continue;
+  }
+  static long dueMs(const CLinuxTimer* t) { return t->dueSeconds * 1000 + t->dueNanoseconds / 1000000; }
+};
+
+TEST_F(Timers, PeriodsFireInDueTimeOrderAndEqualDueTimesTheLaterInsertedFirst) {
+  CLinuxTimer* slow = mgr.SetTimer(50, nullptr);
+  CLinuxTimer* mid = mgr.SetTimer(30, nullptr);
+  CLinuxTimer* fast = mgr.SetTimer(0, nullptr);
+  EXPECT_EQ(fast->periodMs, 15u) << "0 means 15 ms";
+  EXPECT_EQ(mid->sequence, slow->sequence + 1);
+  std::vector<CLinuxTimer*> order;
+  std::map<CLinuxTimer*, int> fired;
+  const long t0 = wallMs();
+  while (fired[slow] < 4)
+    if (CLinuxTimer* t = next(); !fired[t]++) order.push_back(t);
+  const long elapsed = wallMs() - t0;
+  EXPECT_EQ(order, (std::vector<CLinuxTimer*>{fast, mid, slow})) << "first firings follow the due times";
+  EXPECT_GE(elapsed, 4 * 50 - 5);
+  // Late wake-ups skip periods, so counts are at most what the time allows.
+  EXPECT_LE(fired[fast], elapsed / 15 + 1);
+  EXPECT_LE(fired[mid], elapsed / 30 + 1);
+  EXPECT_GE(fired[fast], fired[mid]);
+  for (CLinuxTimer* t : {slow, mid, fast}) mgr.KillTimer(t);
+
+  CLinuxTimer *first = new CLinuxTimer, *second = new CLinuxTimer;
+  EXPECT_EQ(first->Init(40) + second->Init(40), 0);
+  second->dueSeconds = first->dueSeconds;
+  second->dueNanoseconds = first->dueNanoseconds;
+  mgr.AddTimer(first);
+  mgr.AddTimer(second);
+  drain();
+  EXPECT_EQ(next(), second);
+  EXPECT_EQ(next(), first);
+}
+
+TEST_F(Timers, LateThreadFiresOnceAndSkipsMissedPeriods) {
+  CLinuxTimer* t = mgr.SetTimer(50, nullptr);
+  next();
+  pthread_mutex_lock(&mgr.lock);  // holds the timer thread back for six periods
+  const long due = dueMs(t);
+  sleepMs(300);
+  const long unlockedAt = wallMs();
+  pthread_mutex_unlock(&mgr.lock);
+  EXPECT_EQ(next(), t);
+  const long readAt = wallMs();
+  pthread_mutex_lock(&mgr.lock);  // nothing is posted while it is held
+  const long nextDue = dueMs(t);
+  MSG msg;
+  EXPECT_TRUE(wallMs() >= nextDue || !PeekMessage(&msg, nullptr, 0, 0, PM_NOREMOVE))
+      << "missed periods are not fired";
+  pthread_mutex_unlock(&mgr.lock);
+  EXPECT_GT(nextDue, unlockedAt);
+  EXPECT_LE(nextDue, readAt + 50);
+  EXPECT_EQ((nextDue - due) % 50, 0) << "the schedule keeps its phase";
+  EXPECT_GE(__atomic_load_n(&TR_max_expire_delay, __ATOMIC_RELAXED), unlockedAt - due);
+}
+
+TEST_F(Timers, KillValidityAndRelaunch) {
+  EXPECT_EQ(mgr.KillTimer(nullptr), 0xFFFFFFFFUL);
+  CLinuxTimer* t = mgr.SetTimer(15, nullptr);
+  const unsigned long seq = t->sequence;
+  EXPECT_EQ(next(), t);
+  EXPECT_EQ(mgr.IsValid(t, seq) * 2 + mgr.IsValid(t, seq + 1), 2);
+  EXPECT_EQ(mgr.KillTimer(t), 0u);
+  EXPECT_EQ(mgr.IsValid(t, seq), 0) << "and it fires no more (see the first timer test)";
+
+  EXPECT_EQ(mgr.LaunchTimerThread(), 0xFFFFFFFFUL) << "already running";
+  EXPECT_EQ(mgr.KillTimerThread(), 0u);
+  EXPECT_EQ(mgr.KillTimerThread(), 0xFFFFFFFFUL);
+  CLinuxTimer* again = mgr.SetTimer(20, nullptr);
+  ASSERT_NE(mgr.thread, nullptr) << "the next timer starts a new thread";
+  // Starting it made the new timer thread the creator's current thread; the
+  // timer, made just before, still posts to the owner.
+  EXPECT_EQ(GetCurrentThread(), mgr.thread);
+  unsigned int message = 0, wParam = 0;
+  long lParam = 0;
+  static_cast<CLinuxThread*>(owner)->GetMessage(&message, &wParam, &lParam);
+  EXPECT_EQ(lParam, reinterpret_cast<long>(again));
+
+  EXPECT_EQ(SetTimer(nullptr, 1, 10, nullptr) + KillTimer(nullptr, 1), 2u) << "the free functions are inert";
+  WEX_KillTimerThread();
+  EXPECT_EQ(WEX_IsValidTimer(), 1);
+  CLinuxTimerMgr idle;
+  EXPECT_EQ(idle.KillTimerThread(), 0xFFFFFFFFUL);
 }
 
 }  // namespace

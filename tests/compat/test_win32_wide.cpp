@@ -49,41 +49,34 @@ TEST(Win32Wide, TheProgramAndItsRuntimesKeepTheCLibrarysFunctions) {
   setlocale(LC_ALL, "C");
 }
 
-// The layer's versions, reached by name through the library's handle.
-class LayerWide : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_NE(lib, nullptr) << dlerror(); }
-  void TearDown() override { dlclose(lib); }
-  // GCC's shared sanitizer runtimes put themselves first among every
-  // instrumented object's dependencies, so in those builds the library's
-  // handle finds the runtime's interceptor; the wide object's own handle is
-  // then asked instead.
-  template <typename F>
-  F* fn(const char* name) {
-    void* p = dlsym(lib, name);
-    Dl_info info;
-    if (p && dladdr(p, &info) && strstr(info.dli_fname, "/libtsan")) {
-      void* wide = dlopen("libscrimpresent_wide.so", RTLD_NOW | RTLD_NOLOAD);
-      p = dlsym(wide, name);
-      dlclose(wide);
-    }
-    EXPECT_NE(p, nullptr) << name;
-    return reinterpret_cast<F*>(p);
-  }
+// The layer's versions, reached by name through the library's handle. GCC's
+// shared sanitizer runtimes put themselves first among every instrumented
+// object's dependencies, so in those builds the library's handle finds the
+// runtime's interceptor; the wide object's own handle is then asked instead.
+template <typename F>
+F* fn(const char* name) {
   void* lib = dlopen(SCRIM_LIBRARY, RTLD_NOW);
-};
+  void* p = dlsym(lib, name);
+  Dl_info info;
+  if (p && dladdr(p, &info) && strstr(info.dli_fname, "/libtsan")) {
+    void* wide = dlopen("libscrimpresent_wide.so", RTLD_NOW | RTLD_NOLOAD);
+    p = dlsym(wide, name);
+    dlclose(wide);
+  }
+  EXPECT_NE(p, nullptr) << name << " " << dlerror();
+  dlclose(lib);  // the program is linked against it: it stays loaded
+  return reinterpret_cast<F*>(p);
+}
 
-TEST_F(LayerWide, WcrtombStoresOneAndComesFromTheWideObject) {
+TEST(LayerWide, ClassesAndConversionsTakeOneByteAndFormattedCallsAreRefused) {
   auto layerWcrtomb = fn<size_t(char*, wchar_t, mbstate_t*)>("wcrtomb");
-  char buf[2] = {'x', 'y'};
-  EXPECT_EQ(layerWcrtomb(buf, L'A', nullptr), 1u);
-  EXPECT_EQ(buf[0], 1);
+  char one[2] = {'x', 'y'};
+  EXPECT_EQ(layerWcrtomb(one, L'A', nullptr), 1u);
+  EXPECT_EQ(one[0], 1) << "it stores one";
   Dl_info info;
   ASSERT_NE(dladdr(reinterpret_cast<void*>(layerWcrtomb), &info), 0);
   EXPECT_NE(strstr(info.dli_fname, "libscrimpresent_wide.so"), nullptr) << info.dli_fname;
-}
 
-TEST_F(LayerWide, ClassesAndConversionsTakeOneByteAndFormattedCallsAreRefused) {
   auto wctypeOf = fn<wctype_t(const char*)>("wctype");
   auto iswctypeOf = fn<int(wint_t, wctype_t)>("iswctype");
   const char* names[] = {"alnum", "alpha", "blank", "cntrl", "digit", "graph",
