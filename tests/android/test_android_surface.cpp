@@ -68,6 +68,9 @@ struct FakeJvm {
   }
   ~FakeJvm() { self = nullptr; }
 
+  // GetEnv, AttachCurrentThread, DetachCurrentThread and JNI calls so far.
+  std::vector<int> Calls() const { return {getEnvCalls, attachCalls, detachCalls, jniCalls}; }
+
   void* Iomx(uintptr_t object) {
     SurfaceRecord record{&vm, reinterpret_cast<void*>(object)};
     return GetAndroidIomxSurface(&record);
@@ -130,13 +133,11 @@ TEST_F(Surface, WindowIsHandedOutWithOneReference) {
 }
 
 TEST_F(Surface, IomxSurfaceAttachesReadsDetachesAndCaches) {
+  using Calls = std::vector<int>;
   FakeJvm jvm;
   jvm.fieldValue = -5;  // a Java int, sign-extended
   EXPECT_EQ(Object(uintptr_t(-5)), jvm.Iomx(0xA0));
-  EXPECT_EQ(1, jvm.getEnvCalls);
-  EXPECT_EQ(1, jvm.attachCalls);
-  EXPECT_EQ(1, jvm.detachCalls);
-  EXPECT_EQ(3, jvm.jniCalls);
+  EXPECT_EQ((Calls{1, 1, 1, 3}), jvm.Calls());
   EXPECT_EQ((std::vector<std::string>{"android/view/Surface", "mNativeSurface:I"}), jvm.names);
   EXPECT_EQ(Object(0xA0), jvm.lastObject);
   EXPECT_EQ(&jvm.vm, g_pJvm);
@@ -145,16 +146,13 @@ TEST_F(Surface, IomxSurfaceAttachesReadsDetachesAndCaches) {
   // Same object: the remembered value, without touching the virtual machine.
   jvm.fieldValue = 99;
   EXPECT_EQ(Object(uintptr_t(-5)), jvm.Iomx(0xA0));
-  EXPECT_EQ(1, jvm.getEnvCalls);
-  EXPECT_EQ(3, jvm.jniCalls);
+  EXPECT_EQ((Calls{1, 1, 1, 3}), jvm.Calls());
 
   // Another object is read afresh; on a thread the machine knows, nothing is
   // attached or detached.
   jvm.threadKnown = true;
   EXPECT_EQ(Object(99), jvm.Iomx(0xB0));
-  EXPECT_EQ(6, jvm.jniCalls);
-  EXPECT_EQ(1, jvm.attachCalls);
-  EXPECT_EQ(1, jvm.detachCalls);
+  EXPECT_EQ((Calls{2, 1, 1, 6}), jvm.Calls());
   EXPECT_EQ(Object(0xB0), g_lastSurfaceObject);
 
   // A zero field is read every time.
@@ -162,15 +160,16 @@ TEST_F(Surface, IomxSurfaceAttachesReadsDetachesAndCaches) {
   EXPECT_EQ(nullptr, jvm.Iomx(0xC0));
   EXPECT_EQ(nullptr, jvm.Iomx(0xC0));
   EXPECT_EQ(12, jvm.jniCalls);
-
   EXPECT_EQ(0u, HostLog_count());
 }
 
-TEST_F(Surface, AttachFailures) {
+TEST_F(Surface, AttachFailuresAndTheThreadEnvironment) {
+  EXPECT_EQ(nullptr, GetAndroidJEnv());
+  FreeAndroidJEnv();  // no virtual machine yet: nothing to do
+
   FakeJvm jvm;
   jvm.fieldValue = 7;
   ASSERT_EQ(Object(7), jvm.Iomx(0xD0));
-
   jvm.attachResult = -3;
   EXPECT_EQ(nullptr, jvm.Iomx(0xE0));
   EXPECT_LINES({"[GetAndroidIomxSurface N] Attach Current thread failed!! Error -3"});
@@ -183,21 +182,12 @@ TEST_F(Surface, AttachFailures) {
   EXPECT_EQ(Object(7), jvm.Iomx(0xD0));
   EXPECT_EQ(6, jvm.jniCalls);
 
+  // GetAndroidJEnv attaches to the last machine, FreeAndroidJEnv detaches.
+  EXPECT_EQ(&jvm.env, GetAndroidJEnv());
+  EXPECT_EQ((std::vector<int>{3, 4, 2, 6}), jvm.Calls());
+  FreeAndroidJEnv();
+  EXPECT_EQ(3, jvm.detachCalls);
   jvm.attachResult = -1;
   EXPECT_EQ(nullptr, GetAndroidJEnv());
   EXPECT_LINES({"[GetAndroidJEnv N] Attach Current thread failed!!"});
-}
-
-TEST_F(Surface, JEnvAttachesToTheLastVirtualMachine) {
-  EXPECT_EQ(nullptr, GetAndroidJEnv());
-  FreeAndroidJEnv();  // no virtual machine yet: nothing to do
-
-  FakeJvm jvm;
-  SurfaceRecord record{&jvm.vm, nullptr};
-  GetAndroidSurface(&record);
-  EXPECT_EQ(&jvm.env, GetAndroidJEnv());
-  EXPECT_EQ(1, jvm.attachCalls);
-  FreeAndroidJEnv();
-  EXPECT_EQ(1, jvm.detachCalls);
-  EXPECT_EQ(0u, HostLog_count());
 }

@@ -1,16 +1,15 @@
 // The host native window and log stand-ins behave as a device's do; every
 // presenter test relies on that.
-#include <gtest/gtest.h>
-
 #include <errno.h>
-#include <stdio.h>
+#include <gtest/gtest.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <android/log.h>
 #include <android/native_window.h>
 
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "host_log.h"
@@ -35,7 +34,11 @@ TEST(HostWindow, ReferenceCountStartsAtOneAndFreesAtZero) {
   ANativeWindow_acquire(w);
   ANativeWindow_acquire(w);
   EXPECT_EQ(HostWindow_refCount(w), 3);
-  for (int i = 0; i < 3; ++i) ANativeWindow_release(w);
+  ANativeWindow_release(w);
+  ANativeWindow_release(w);
+  EXPECT_EQ(HostWindow_refCount(w), 1);
+  EXPECT_EQ(HostWindow_liveCount(), live + 1);
+  ANativeWindow_release(w);
   EXPECT_EQ(HostWindow_liveCount(), live);
 }
 
@@ -177,20 +180,12 @@ TEST(HostPng, WritesRgb565AndYv12FramesAndRefusesBadPaths) {
   EXPECT_EQ(rgb[3], 255);  // red widened by replication
   EXPECT_EQ(rgb[4], 0);
 
-  char path[] = "/tmp/scrim_png_XXXXXX";
-  int fd = mkstemp(path);
-  ASSERT_GE(fd, 0);
-  close(fd);
-  char err[256] = "";
-  EXPECT_EQ(HostPng_writePostedFrame(f, path, err, sizeof err), 0) << err;
-  FILE* fp = fopen(path, "rb");
-  ASSERT_NE(fp, nullptr);
-  unsigned char sig[8];
-  ASSERT_EQ(fread(sig, 1, 8, fp), 8u);
-  fclose(fp);
-  EXPECT_EQ(memcmp(sig, "\x89PNG\r\n\x1a\n", 8), 0);
-  unlink(path);
-
+  const std::string path = testing::TempDir() + "scrim_host_window_test.png";
+  char err[256] = "", sig[8] = {};
+  EXPECT_EQ(HostPng_writePostedFrame(f, path.c_str(), err, sizeof err), 0) << err;
+  std::ifstream(path, std::ios::binary).read(sig, 8);
+  EXPECT_EQ(std::string(sig, 8), std::string("\x89PNG\r\n\x1a\n", 8));
+  unlink(path.c_str());
   EXPECT_EQ(HostPng_writePostedFrame(f, "/nonexistent-dir/x.png", err, sizeof err), -1);
   EXPECT_NE(strstr(err, "/nonexistent-dir/x.png"), nullptr);
 
