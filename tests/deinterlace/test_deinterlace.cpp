@@ -150,14 +150,12 @@ Rows bob_rule(unsigned o, unsigned h, unsigned field, bool two) {
 }
 
 Rows blend_rule(unsigned o, unsigned, unsigned, bool two) {
-  if (o == 0) return {0, 0};
-  return two ? Rows{2 * o - 2, 2 * o - 1} : Rows{o - 1, o};
+  return o == 0 ? Rows{0, 0} : two ? Rows{2 * o - 2, 2 * o - 1} : Rows{o - 1, o};
 }
 
 Rows mean_rule(unsigned o, unsigned h, unsigned, bool) {
   unsigned top = o & ~1u;
-  if (top + 1 == h) return {top, top};
-  return {top, top + 1};
+  return {top, top + 1 == h ? top : top + 1};
 }
 
 Rows linear_rule(unsigned o, unsigned h, unsigned field, bool) {
@@ -168,15 +166,12 @@ Rows linear_rule(unsigned o, unsigned h, unsigned field, bool) {
   return field == 0 ? Rows{o, o} : Rows{o - 1, o - 1};  // no kept line below
 }
 
-struct FieldMode {
+const struct FieldMode {
   unsigned mode;
   const char* name;
   Rows (*rule)(unsigned o, unsigned h, unsigned field, bool two);
-  bool stepsTwoInLayout1;
-  bool acts444;
-};
-
-const FieldMode kFieldModes[] = {
+  bool stepsTwoInLayout1, acts444;
+} kFieldModes[] = {
     {2, "discard", discard_rule, true, false}, {3, "bob", bob_rule, true, false},
     {4, "blend", blend_rule, true, false},     {5, "mean", mean_rule, false, false},
     {6, "linear", linear_rule, false, true},
@@ -373,30 +368,12 @@ struct Instance {
 
 TEST(DeinterlaceThroughImageProcessor, ModeOnceSetStaysForFramesPassing0) {
   constexpr unsigned kW = 32, kH = 16;
+  auto copy = [](unsigned o, unsigned, unsigned, bool) { return Rows{o, o}; };
   const struct {
     uint32_t mode;
-    Rows (*rule)(unsigned y);  // null: the fast filter
-  } frames[] = {{0,
-                 [](unsigned y) {
-                   return Rows{y, y};
-                 }},
-                {2,
-                 [](unsigned y) {
-                   return Rows{y & ~1u, y & ~1u};
-                 }},  // discard, field 0
-                {0,
-                 [](unsigned y) {
-                   return Rows{y & ~1u, y & ~1u};
-                 }},
-                {4,
-                 [](unsigned y) {
-                   return Rows{y ? y - 1 : 0, y};
-                 }},  // blend
-                {0,
-                 [](unsigned y) {
-                   return Rows{y ? y - 1 : 0, y};
-                 }},
-                {1, nullptr}};
+    Rows (*rule)(unsigned o, unsigned h, unsigned field, bool two);  // null: the fast filter
+  } frames[] = {{0, copy},       {2, discard_rule}, {0, discard_rule},
+                {4, blend_rule}, {0, blend_rule},   {1, nullptr}};
   Instance inst(kW, kH);
   uint32_t seed = 1;
   for (const auto& f : frames) {
@@ -412,8 +389,8 @@ TEST(DeinterlaceThroughImageProcessor, ModeOnceSetStaysForFramesPassing0) {
       want.planes[i].bytes.resize(size_t(w) * h);
       for (unsigned y = 0; f.rule && y < h; ++y)
         for (unsigned x = 0; x < w; ++x)
-          want.planes[i].row(y)[x] =
-              avg_down(src.planes[i].at(f.rule(y).a, x), src.planes[i].at(f.rule(y).b, x));
+          want.planes[i].row(y)[x] = avg_down(src.planes[i].at(f.rule(y, h, 0, false).a, x),
+                                              src.planes[i].at(f.rule(y, h, 0, false).b, x));
       if (!f.rule) fast_reference(want.planes[i], src.planes[i], w, h);
     }
     expect_same(inst.frame(src, f.mode, kW, kH), want);
