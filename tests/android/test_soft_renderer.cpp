@@ -69,47 +69,6 @@ TEST_F(SoftRenderer, DeterminRefusesOnlyFourccs) {
     EXPECT_FALSE(oru_nativewindow_determin(nullptr, nullptr, 0, 0, word)) << std::hex << word;
 }
 
-TEST_F(SoftRenderer, InitTakesTheWindowAndBuildsTheConverterForTheOutputMode) {
-  const struct {
-    uint32_t word, mode;
-    int32_t windowFormat;
-    uint32_t conversion;
-  } cases[] = {{0x00000001, 0, WINDOW_FORMAT_RGB_565, 0x003}, {0, 1, HOST_WINDOW_FORMAT_YV12, 0x000}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.mode);
-    Window w;
-    Init(w, 64, 48, c.word, c.mode);
-    EXPECT_EQ(2, w.refs());
-    const ANDROID_SOFTRENDER& r = g_SoftRenderer;
-    EXPECT_EQ((std::vector<uint32_t>{80, 64, 48, c.word, c.mode}),
-              (std::vector<uint32_t>{r.size, r.InWidth, r.InHeight, r.InputFormat, r.OutputMode}));
-    EXPECT_EQ(w.get(), r.Handler);
-    ASSERT_NE(nullptr, Converter());
-    const ImgPrcContext& k = *Converter();
-    EXPECT_EQ((std::vector<uint32_t>{c.conversion, 0, 1, 64, 64, 48, 48}),
-              (std::vector<uint32_t>{k.format, k.rotation, k.resizeMode, k.srcWidth, k.dstWidth, k.srcHeight,
-                                     k.dstHeight}));
-    EXPECT_EQ((std::vector<int32_t>{c.windowFormat, 64, 48}),
-              (std::vector<int32_t>{ANativeWindow_getFormat(w.get()), ANativeWindow_getWidth(w.get()),
-                                    ANativeWindow_getHeight(w.get())}));
-
-    // The same window again keeps the first set-up.
-    const void* converter = r.Converter;
-    Init(w, 32, 16, 0x00000101, 1 - c.mode);
-    EXPECT_EQ(2, w.refs());
-    EXPECT_EQ((std::vector<uint32_t>{64, c.word, c.mode}),
-              (std::vector<uint32_t>{r.InWidth, r.InputFormat, r.OutputMode}));
-    EXPECT_EQ(converter, r.Converter);
-    EXPECT_EQ(0u, HostLog_count());  // routine progress is never written
-
-    oru_nativewindow_uninit(&g_SoftRenderer);
-    EXPECT_EQ(1, w.refs());
-    EXPECT_EQ(nullptr, r.Handler);
-    EXPECT_EQ(nullptr, r.Converter);
-    EXPECT_EQ(64u, r.InWidth);  // the rest of the record stays
-  }
-}
-
 TEST_F(SoftRenderer, RefusesBadWindowsOtherHandlesAndAnEmptiedRenderer) {
   EXPECT_EQ(nullptr, oru_nativewindow_init(nullptr, 64, 48, 0, 0));
   EXPECT_LINES({"[oru_nativewindow_init N]:invalid window "});
@@ -189,16 +148,40 @@ TEST_F(SoftRenderer, ConverterRefusesUnknownLayoutsAndRanges) {
   HostLog_clear();
 }
 
-TEST_F(SoftRenderer, PicturesMatchTheImageProcessor) {
+// Init takes the window, sizes it and builds the converter for the output
+// mode; the colour-format word selects the image processor's matrix and range
+// (RGB565 windows), a YV12 window (output mode 1) gets the planes in its order.
+TEST_F(SoftRenderer, InitAndPicturesMatchTheImageProcessor) {
   const struct {
     uint32_t word, mode, matrix, range;
   } cases[] = {{0x00000000, 0, 0, 0}, {0x00000001, 0, 1, 0}, {0x00000104, 0, 3, 1}, {0x00000007, 0, 2, 0},
                {0x00000105, 0, 0, 1}, {0x00000002, 0, 0, 0}, {0x00000006, 0, 0, 0}, {0, 1, 0, 0}};
   Picture p = Picture::I420(64, 48, 3);
+  const ANDROID_SOFTRENDER& r = g_SoftRenderer;
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << std::hex << c.word << " mode " << c.mode);
     Window w;
     Init(w, 64, 48, c.word, c.mode);
+    EXPECT_EQ(2, w.refs());
+    EXPECT_EQ((std::vector<uint32_t>{80, 64, 48, c.word, c.mode}),
+              (std::vector<uint32_t>{r.size, r.InWidth, r.InHeight, r.InputFormat, r.OutputMode}));
+    EXPECT_EQ(w.get(), r.Handler);
+    ASSERT_NE(nullptr, Converter());
+    const ImgPrcContext& k = *Converter();
+    EXPECT_EQ((std::vector<uint32_t>{c.mode ? 0x000u : 0x003u, 0, 1, 64, 64, 48, 48}),
+              (std::vector<uint32_t>{k.format, k.rotation, k.resizeMode, k.srcWidth, k.dstWidth, k.srcHeight,
+                                     k.dstHeight}));
+    EXPECT_EQ((std::vector<int32_t>{c.mode ? HOST_WINDOW_FORMAT_YV12 : WINDOW_FORMAT_RGB_565, 64, 48}),
+              (std::vector<int32_t>{ANativeWindow_getFormat(w.get()), ANativeWindow_getWidth(w.get()),
+                                    ANativeWindow_getHeight(w.get())}));
+    // The same window again keeps the first set-up.
+    const void* converter = r.Converter;
+    Init(w, 32, 16, 0x00000101, 1 - c.mode);
+    EXPECT_EQ(2, w.refs());
+    EXPECT_EQ((std::vector<uint32_t>{64, c.word, c.mode}),
+              (std::vector<uint32_t>{r.InWidth, r.InputFormat, r.OutputMode}));
+    EXPECT_EQ(converter, r.Converter);
+
     Show(p);
     ASSERT_EQ(1u, w.posted());
     if (c.mode == 0) ExpectRGB565(p, w.last(), c.matrix, c.range);
@@ -207,8 +190,13 @@ TEST_F(SoftRenderer, PicturesMatchTheImageProcessor) {
     ASSERT_EQ(0, Render(p, 3));
     ASSERT_EQ(0, oru_nativewindow_dorender(&g_SoftRenderer));
     EXPECT_EQ(3u, Converter()->deinterlaceMode);
-    EXPECT_EQ(0u, HostLog_count());
+    EXPECT_EQ(0u, HostLog_count());  // routine progress is never written
+
     oru_nativewindow_uninit(&g_SoftRenderer);
+    EXPECT_EQ(1, w.refs());
+    EXPECT_EQ(nullptr, r.Handler);
+    EXPECT_EQ(nullptr, r.Converter);
+    EXPECT_EQ(64u, r.InWidth);  // the rest of the record stays
   }
   // The matrices do differ on this picture, so the table above tells them apart.
   EXPECT_NE(ReferenceRGB565(p, 0, 0, 128), ReferenceRGB565(p, 1, 0, 128));
