@@ -42,23 +42,19 @@ TEST(HostWindow, ReferenceCountStartsAtOneAndFreesAtZero) {
   EXPECT_EQ(HostWindow_liveCount(), live);
 }
 
-TEST(HostWindow, DefaultGeometryAndStrideWiderThanWidth) {
+TEST(HostWindow, GeometryDefaultsStrideAndSetBuffersGeometryRules) {
   WindowRef r;
-  EXPECT_EQ(ANativeWindow_getWidth(r.w), 320);
-  EXPECT_EQ(ANativeWindow_getHeight(r.w), 240);
-  EXPECT_EQ(ANativeWindow_getFormat(r.w), WINDOW_FORMAT_RGB_565);
   ANativeWindow_Buffer b;
   ASSERT_EQ(ANativeWindow_lock(r.w, &b, nullptr), 0);
-  EXPECT_EQ(b.width, 320);
-  EXPECT_EQ(b.height, 240);
-  EXPECT_EQ(b.stride, 336);  // 320 aligned up to 112
-  EXPECT_EQ(b.format, WINDOW_FORMAT_RGB_565);
+  EXPECT_EQ((std::vector<int>{320, 240, WINDOW_FORMAT_RGB_565}),
+            (std::vector<int>{ANativeWindow_getWidth(r.w), ANativeWindow_getHeight(r.w),
+                              ANativeWindow_getFormat(r.w)}));
+  // 320 aligned up to 112: wider than the width.
+  EXPECT_EQ((std::vector<int>{320, 240, 336, WINDOW_FORMAT_RGB_565}),
+            (std::vector<int>{b.width, b.height, b.stride, b.format}));
   EXPECT_EQ(HostWindow_bufferSize(r.w), 336u * 240 * 2);
   ASSERT_EQ(ANativeWindow_unlockAndPost(r.w), 0);
-}
 
-TEST(HostWindow, SetBuffersGeometryRules) {
-  WindowRef r;
   EXPECT_EQ(ANativeWindow_setBuffersGeometry(r.w, 100, 50, WINDOW_FORMAT_RGB_565), 0);
   EXPECT_EQ(ANativeWindow_getWidth(r.w), 100);
   const int refused[][3] = {{-1, 50, 0}, {100, -5, 0}, {100, 50, -4}, {0, 50, 0}, {100, 0, 0}};
