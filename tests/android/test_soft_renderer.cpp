@@ -17,18 +17,15 @@ using namespace scrim_testing;
 
 namespace {
 
-inline std::string Pointer(const void* p) {
-  char buf[32];
-  snprintf(buf, sizeof buf, "%p", p);
-  return buf;
-}
-
 // The five lines of a picture the renderer does not convert.
 std::vector<std::string> NotConvertedLines(const void* handler, const void* converter, int inWidth,
                                            int inHeight) {
+  char pointers[2][32];
+  snprintf(pointers[0], sizeof pointers[0], "%p", handler);
+  snprintf(pointers[1], sizeof pointers[1], "%p", converter);
   return {"[render_this_frame N]:render_this_frame fail",
-          "[render_this_frame N]:pRender->Handler =" + Pointer(handler),
-          "[render_this_frame N]:pRender->Converter =" + Pointer(converter),
+          std::string("[render_this_frame N]:pRender->Handler =") + pointers[0],
+          std::string("[render_this_frame N]:pRender->Converter =") + pointers[1],
           "[render_this_frame N]:pRender->InWidth = " + std::to_string(inWidth),
           "[render_this_frame N]:pRender->InHeight = " + std::to_string(inHeight)};
 }
