@@ -78,17 +78,11 @@ struct FakeJvm {
 };
 FakeJvm* FakeJvm::self = nullptr;
 
+// Every test starts with the module knowing no machine and no surface.
 class Surface : public LoggedTest {
  protected:
   void SetUp() override {
     LoggedTest::SetUp();
-    Forget();
-  }
-  void TearDown() override {
-    Forget();
-    LoggedTest::TearDown();
-  }
-  static void Forget() {
     g_pJvm = nullptr;
     g_lastSurfaceObject = nullptr;
     g_lastNativeSurface = 0;
