@@ -30,30 +30,34 @@ TEST(HostWindow, ReferenceCountStartsAtOneAndFreesAtZero) {
   int live = HostWindow_liveCount();
   ANativeWindow* w = HostWindow_create(nullptr);
   EXPECT_EQ(HostWindow_liveCount(), live + 1);
-  EXPECT_EQ(HostWindow_refCount(w), 1);
   ANativeWindow_acquire(w);
   ANativeWindow_acquire(w);
   EXPECT_EQ(HostWindow_refCount(w), 3);
   ANativeWindow_release(w);
   ANativeWindow_release(w);
-  EXPECT_EQ(HostWindow_refCount(w), 1);
-  EXPECT_EQ(HostWindow_liveCount(), live + 1);
+  EXPECT_EQ((std::vector<int>{1, live + 1}),
+            (std::vector<int>{HostWindow_refCount(w), HostWindow_liveCount()}));
   ANativeWindow_release(w);
   EXPECT_EQ(HostWindow_liveCount(), live);
 }
 
-TEST(HostWindow, GeometryDefaultsStrideAndSetBuffersGeometryRules) {
+// Lock and post faults are driven through the presenter (test_host_view); misuse is not.
+TEST(HostWindow, GeometryDefaultsStrideMisuseAndSetBuffersGeometryRules) {
   WindowRef r;
   ANativeWindow_Buffer b;
+  EXPECT_EQ(ANativeWindow_unlockAndPost(r.w), -ENOSYS) << "post while unlocked";
   ASSERT_EQ(ANativeWindow_lock(r.w, &b, nullptr), 0);
-  EXPECT_EQ((std::vector<int>{320, 240, WINDOW_FORMAT_RGB_565}),
+  EXPECT_EQ(ANativeWindow_lock(r.w, &b, nullptr), -ENOSYS) << "lock while locked";
+  EXPECT_EQ((std::vector<int>{320, 240, WINDOW_FORMAT_RGB_565, 1}),
             (std::vector<int>{ANativeWindow_getWidth(r.w), ANativeWindow_getHeight(r.w),
-                              ANativeWindow_getFormat(r.w)}));
+                              ANativeWindow_getFormat(r.w), HostWindow_isLocked(r.w)}));
   // 320 aligned up to 112: wider than the width.
   EXPECT_EQ((std::vector<int>{320, 240, 336, WINDOW_FORMAT_RGB_565}),
             (std::vector<int>{b.width, b.height, b.stride, b.format}));
   EXPECT_EQ(HostWindow_bufferSize(r.w), 336u * 240 * 2);
   ASSERT_EQ(ANativeWindow_unlockAndPost(r.w), 0);
+  EXPECT_EQ(HostWindow_isLocked(r.w), 0);
+  EXPECT_EQ(HostWindow_lockCount(r.w), 2u);
 
   EXPECT_EQ(ANativeWindow_setBuffersGeometry(r.w, 100, 50, WINDOW_FORMAT_RGB_565), 0);
   EXPECT_EQ(ANativeWindow_getWidth(r.w), 100);
@@ -69,41 +73,10 @@ TEST(HostWindow, GeometryDefaultsStrideAndSetBuffersGeometryRules) {
 
 TEST(HostWindow, Yv12LayoutFollowsAndroid) {
   HostWindowConfig c{};
-  c.strideAlign = 16;
-  c.keepPixels = 1;
+  c.strideAlign = 10;
   WindowRef r(&c);
   ASSERT_EQ(ANativeWindow_setBuffersGeometry(r.w, 100, 50, HOST_WINDOW_FORMAT_YV12), 0);
-  ANativeWindow_Buffer b;
-  ASSERT_EQ(ANativeWindow_lock(r.w, &b, nullptr), 0);
-  EXPECT_EQ(b.stride, 112);                                        // Y stride a multiple of 16
-  EXPECT_EQ(HostWindow_bufferSize(r.w), 112u * 50 + 2 * 64 * 25);  // chroma stride 56 rounded up to 64
-  ANativeWindow_unlockAndPost(r.w);
-}
-
-TEST(HostWindow, MisuseGivesInvalidOperationAndFaultsComeOnDemand) {
-  WindowRef r;
-  ANativeWindow_Buffer b;
-  EXPECT_EQ(ANativeWindow_unlockAndPost(r.w), -ENOSYS) << "post while unlocked";
-  ASSERT_EQ(ANativeWindow_lock(r.w, &b, nullptr), 0);
-  EXPECT_EQ(HostWindow_isLocked(r.w), 1);
-  EXPECT_EQ(ANativeWindow_lock(r.w, &b, nullptr), -ENOSYS) << "lock while locked";
-  EXPECT_EQ(ANativeWindow_unlockAndPost(r.w), 0);
-  EXPECT_EQ(HostWindow_isLocked(r.w), 0);
-  EXPECT_EQ(HostWindow_postedCount(r.w), 1u);
-
-  HostWindow_failNext(r.w, HOST_FAULT_SET_GEOMETRY, -EIO, 1);
-  EXPECT_EQ(ANativeWindow_setBuffersGeometry(r.w, 10, 10, 0), -EIO);
-  EXPECT_EQ(ANativeWindow_setBuffersGeometry(r.w, 10, 10, 0), 0);
-  HostWindow_failNext(r.w, HOST_FAULT_LOCK, -ENOMEM, 2);
-  EXPECT_EQ(ANativeWindow_lock(r.w, &b, nullptr), -ENOMEM);
-  EXPECT_EQ(ANativeWindow_lock(r.w, &b, nullptr), -ENOMEM);
-  EXPECT_EQ(HostWindow_isLocked(r.w), 0);
-  EXPECT_EQ(ANativeWindow_lock(r.w, &b, nullptr), 0);
-  EXPECT_EQ(HostWindow_lockCount(r.w), 5u);
-  HostWindow_failNext(r.w, HOST_FAULT_POST, -EPIPE, 1);
-  EXPECT_EQ(ANativeWindow_unlockAndPost(r.w), -EPIPE);
-  EXPECT_EQ(HostWindow_postedCount(r.w), 1u);
-  EXPECT_EQ(HostWindow_isLocked(r.w), 0);
+  EXPECT_EQ(HostWindow_bufferSize(r.w), 112u * 50 + 2 * 64 * 25);  // Y stride 100 to 112, chroma 56 to 64
 }
 
 // Only the first of four posts draws (one red pixel at the end of line 2):
@@ -126,12 +99,9 @@ TEST(HostWindow, PostedFramesRecordGeometryPixelsAndTimeOfRotatingBuffers) {
   for (size_t i : {0u, 1u, 3u}) {
     const HostPostedFrame* f = HostWindow_posted(r.w, i);
     ASSERT_NE(f, nullptr);
-    EXPECT_EQ(f->bufferIndex, int(i % 3));
-    EXPECT_EQ(f->width, 4);
-    EXPECT_EQ(f->height, 3);
-    EXPECT_EQ(f->stride, b.stride);
-    EXPECT_EQ(f->format, WINDOW_FORMAT_RGB_565);
-    EXPECT_EQ(f->size, static_cast<size_t>(b.stride) * 3 * 2);
+    EXPECT_EQ((std::vector<int64_t>{int(i % 3), 4, 3, b.stride, WINDOW_FORMAT_RGB_565, b.stride * 3 * 2}),
+              (std::vector<int64_t>{f->bufferIndex, f->width, f->height, f->stride, f->format,
+                                    static_cast<int64_t>(f->size)}));
     EXPECT_EQ(reinterpret_cast<const uint16_t*>(f->pixels)[b.stride * 2 + 3], i == 1 ? 0 : 0xF800);
     EXPECT_GT(f->postedUs, 1600000000LL * 1000000);
   }
