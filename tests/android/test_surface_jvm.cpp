@@ -1,8 +1,5 @@
-// Surface acquisition against a real Java virtual machine started here, with a
-// small android.view.Surface class. The scripted machine of
-// test_android_surface checks the call sequence and the cache; this checks
-// that the calls mean what they should to a real machine: the field read, and
-// a thread the machine does not know attached and detached again.
+// What the scripted machine of test_android_surface cannot show: to a real machine the field read
+// works and a thread it does not know is attached and detached again.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <jni.h>
@@ -33,7 +30,6 @@ JavaVM* StartJvm(JNIEnv** env) {
   return vm;
 }
 
-// Whether the calling thread is attached.
 bool Attached(JavaVM* vm) {
   JNIEnv* e = nullptr;
   return vm->GetEnv(reinterpret_cast<void**>(&e), JNI_VERSION_1_6) == JNI_OK;
