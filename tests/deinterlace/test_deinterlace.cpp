@@ -1,5 +1,5 @@
 // The deinterlacer: its line arithmetic, the filters of modes 1 to 7, and the
-// entry points (DeInterlace, ORU_DeInterlace, the image processor's frame call).
+// entry points DeInterlace and ORU_DeInterlace.
 //
 // Each filter runs on random pictures with padded pitches, for the three
 // chroma layouts, and is compared byte for byte, padding included, with a
@@ -189,7 +189,8 @@ void check_field_mode(const FieldMode& m, const Geometry& g, unsigned passed, ui
                       bool oru = false) {
   const unsigned field = passed != 0;
   SCOPED_TRACE(testing::Message() << m.name << " layout " << g.layout << " " << g.width << "x" << g.height
-                                  << " field " << passed << " seed " << seed);
+                                  << " field " << passed << " seed " << seed
+                                  << (oru ? " ORU_DeInterlace" : ""));
   std::mt19937 rng(seed);
   Picture src, dst, expected;
   for (unsigned i = 0; i < 3; ++i) {
