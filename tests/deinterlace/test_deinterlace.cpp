@@ -1,5 +1,5 @@
 // The deinterlacer: its line arithmetic, the filters of modes 1 to 7, and the
-// entry points (DeInterlace, ORU_DeInterlace, the image processor's frame call).
+// entry points DeInterlace and ORU_DeInterlace.
 //
 // Each filter runs on random pictures with padded pitches, for the three
 // chroma layouts, and is compared byte for byte, padding included, with a
@@ -183,35 +183,43 @@ struct Geometry {
 
 // Runs one field mode on a random picture and checks it against the rules.
 // Any non-zero field acts as field 1.
-void check_field_mode(const FieldMode& m, const Geometry& g, unsigned passed, uint32_t seed) {
+// Through ORU_DeInterlace (field 0) the lines are no wider than the
+// destination pitch: the image processor's work area is only that wide.
+void check_field_mode(const FieldMode& m, const Geometry& g, unsigned passed, uint32_t seed,
+                      bool oru = false) {
   const unsigned field = passed != 0;
   SCOPED_TRACE(testing::Message() << m.name << " layout " << g.layout << " " << g.width << "x" << g.height
-                                  << " field " << passed << " seed " << seed);
+                                  << " field " << passed << " seed " << seed
+                                  << (oru ? " ORU_DeInterlace" : ""));
   std::mt19937 rng(seed);
   Picture src, dst, expected;
   for (unsigned i = 0; i < 3; ++i) {
     const unsigned w = plane_width(i, g.width, g.layout), h = plane_height(i, g.height, g.layout);
     const bool two = m.stepsTwoInLayout1 && g.layout == 1 && i > 0;
-    const uint32_t sp = w + g.srcPad, dp = w + g.dstPad;
+    const uint32_t sp = w + g.srcPad, dp = w + g.dstPad, line = oru ? std::min(sp, dp) : sp;
     unsigned rows = 0;
     for (unsigned o = 0; o < h; ++o) {
       Rows r = m.rule(o, h, field, two);
       rows = std::max({rows, r.a + 1, r.b + 1});
     }
     src.planes[i] = random_plane(rows, sp, sp, rng);
-    // Every line is written sp bytes wide: with a narrower destination pitch
-    // each line's tail is overwritten by the next and the last one runs past.
-    dst.planes[i] = random_plane(h, dp, sp, rng);
+    // Every line is written `line` bytes wide: with a narrower destination
+    // pitch each line's tail is overwritten by the next and the last one runs past.
+    dst.planes[i] = random_plane(h, dp, line, rng);
     expected.planes[i] = dst.planes[i];
     const bool acts = g.layout < 2 || m.acts444;
     for (unsigned o = 0; acts && o < h; ++o) {
       Rows r = m.rule(o, h, field, two);
-      for (uint32_t x = 0; x < sp; ++x)
+      for (uint32_t x = 0; x < line; ++x)
         expected.planes[i].row(o)[x] = avg_down(src.planes[i].at(r.a, x), src.planes[i].at(r.b, x));
     }
   }
   DeintPicture s = src.record(), d = dst.record();
-  ASSERT_EQ(DeInterlace(&d, &s, g.width, g.height, passed, g.layout, m.mode), 0);
+  ImgPrcContext c{};
+  c.format = g.layout << 8, c.srcWidth = g.width, c.srcHeight = g.height, c.deinterlaceMode = m.mode;
+  ASSERT_EQ(oru ? ORU_DeInterlace(&c, s.planes, s.pitches, d.planes, d.pitches)
+                : DeInterlace(&d, &s, g.width, g.height, passed, g.layout, m.mode),
+            0);
   expect_same(dst, expected);
 }
 
@@ -224,8 +232,10 @@ const Geometry kGeometries[] = {
 TEST(DeintFieldModes, MatchPerLineRulesOnRandomPictures) {
   uint32_t seed = 100;
   for (const auto& m : kFieldModes)
-    for (const auto& g : kGeometries)
+    for (const auto& g : kGeometries) {
       for (unsigned field : {0u, 1u, 5u}) check_field_mode(m, g, field, seed++);
+      check_field_mode(m, g, 0, seed++, true);
+    }
 }
 
 // ---- mode 1 -----------------------------------------------------------------
@@ -289,10 +299,8 @@ TEST(DeintFast, RefusalsWriteNothingAndNullPlanesAreSkipped) {
     EXPECT_EQ(picture_deinterlace_fast(&d, &s, b[0], b[1], b[2]), -1);
     EXPECT_EQ(DeInterlace(&d, &s, b[1], b[2], 0, b[0], 1), 0);
   }
-  for (unsigned mode = 0; mode <= 9; ++mode) {
-    EXPECT_EQ(DeInterlace(nullptr, &s, 16, 8, 0, 0, mode), -1);
-    EXPECT_EQ(DeInterlace(&d, nullptr, 16, 8, 0, 0, mode), -1);
-  }
+  EXPECT_EQ(DeInterlace(nullptr, &s, 16, 8, 0, 0, 1), -1);
+  EXPECT_EQ(DeInterlace(&d, nullptr, 16, 8, 0, 0, 1), -1);
   EXPECT_EQ(picture_deinterlace_x(&d, &s, 3, 16, 8), -1);
   EXPECT_EQ(picture_deinterlace_x(nullptr, &s, 0, 16, 8), -1);
   EXPECT_EQ(picture_deinterlace_x(&d, nullptr, 0, 16, 8), -1);
@@ -334,88 +342,6 @@ TEST(OruDeInterlace, RunsTheContextModeWithLayoutFromTheInputFormat) {
   // Mode 1: the fast filter on half-width, full-height chroma.
   EXPECT_EQ(run(&c), 0);
   expect_same(p.dst, p.expected);
-}
-
-// ---- through the image processor ---------------------------------------------
-// A frame call with a mode set deinterlaces the caller's picture into the
-// instance's work area and converts from there; the mode stays in force for
-// later frames that pass 0. Conversion 0x000 at the same size is a plain planar
-// copy, so what comes out is the deinterlaced picture itself.
-
-struct Instance {
-  void* handle = nullptr;
-  explicit Instance(unsigned w, unsigned h) {
-    ImgPrcCreateParams p{};
-    p.size = sizeof p;
-    p.srcWidth = p.dstWidth = w;
-    p.srcHeight = p.dstHeight = h;
-    EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_OK);
-  }
-  ~Instance() { ORU_IMAGEPROC_Destroy(handle); }
-
-  Picture frame(Picture& src, uint32_t mode, unsigned w, unsigned h) {
-    Picture dst;
-    for (unsigned i = 0; i < 3; ++i) {
-      dst.planes[i].pitch = plane_width(i, w, 0);
-      dst.planes[i].bytes.assign(size_t(dst.planes[i].pitch) * plane_height(i, h, 0), 0xEE);
-    }
-    DeintPicture s = src.record(), d = dst.record();
-    ImgPrcFrameParams f{sizeof f, 0, mode};
-    EXPECT_EQ(ORU_IMAGEPROC_ProcessFrame(handle, s.planes, s.pitches, d.planes, d.pitches, &f), IMGPRC_OK);
-    return dst;
-  }
-};
-
-TEST(DeinterlaceThroughImageProcessor, ModeOnceSetStaysForFramesPassing0) {
-  constexpr unsigned kW = 32, kH = 16;
-  auto copy = [](unsigned o, unsigned, unsigned, bool) { return Rows{o, o}; };
-  const struct {
-    uint32_t mode;
-    Rows (*rule)(unsigned o, unsigned h, unsigned field, bool two);  // null: the fast filter
-  } frames[] = {{0, copy},       {2, discard_rule}, {0, discard_rule},
-                {4, blend_rule}, {0, blend_rule},   {1, nullptr}};
-  Instance inst(kW, kH);
-  uint32_t seed = 1;
-  for (const auto& f : frames) {
-    SCOPED_TRACE(testing::Message() << "frame " << seed << ", mode " << f.mode);
-    // 4:2:0 with strides wider than the picture (the work area's stride is
-    // the width rounded up to 16), into a destination of exact size.
-    std::mt19937 rng(seed++);
-    Picture src, want;
-    for (unsigned i = 0; i < 3; ++i) {
-      const unsigned w = plane_width(i, kW, 0), h = plane_height(i, kH, 0);
-      src.planes[i] = random_plane(h, w + 8, w + 8, rng);
-      want.planes[i].pitch = w;
-      want.planes[i].bytes.resize(size_t(w) * h);
-      for (unsigned y = 0; f.rule && y < h; ++y)
-        for (unsigned x = 0; x < w; ++x)
-          want.planes[i].row(y)[x] = avg_down(src.planes[i].at(f.rule(y, h, 0, false).a, x),
-                                              src.planes[i].at(f.rule(y, h, 0, false).b, x));
-      if (!f.rule) fast_reference(want.planes[i], src.planes[i], w, h);
-    }
-    expect_same(inst.frame(src, f.mode, kW, kH), want);
-  }
-}
-
-TEST(DeinterlaceThroughImageProcessor, PictureCutOutOfAWiderFrameComesOutAsWithATightPitch) {
-  // A 16 x 16 picture inside a 1920-wide frame: the work area's lines are 16
-  // bytes, so the line-doubling and merging modes must not copy whole source
-  // pitches into it (AddressSanitizer sees any byte past the area).
-  for (uint32_t mode = 2; mode <= 6; ++mode) {
-    SCOPED_TRACE(testing::Message() << "mode " << mode);
-    std::mt19937 rng(mode);
-    Picture wide, tight;
-    for (int i = 0; i < 3; ++i) {
-      const unsigned w = i ? 8 : 16, pitch = i ? 960 : 1920;
-      wide.planes[i] = random_plane(w, pitch, pitch, rng);  // w lines high too: 16 x 16, 4:2:0
-      tight.planes[i].pitch = w;
-      for (unsigned y = 0; y < w; ++y)
-        tight.planes[i].bytes.insert(tight.planes[i].bytes.end(), wide.planes[i].row(y),
-                                     wide.planes[i].row(y) + w);
-    }
-    Instance a(16, 16), b(16, 16);
-    expect_same(a.frame(wide, mode, 16, 16), b.frame(tight, mode, 16, 16));
-  }
 }
 
 // ---- mode 7, the block-adaptive filter -------------------------------------
