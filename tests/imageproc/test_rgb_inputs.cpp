@@ -181,7 +181,7 @@ TEST(RgbToRgb, Rgb565ToArgb32WideLayout) {
   for (const auto& c : cases) {
     const int pairs = std::max(c.w / 2, 1), rows = std::max(c.h, 1), stride = 8, dstStride = 12;
     std::vector<uint8_t> src((rows - 1) * (stride / 2) * 8 + 8 * pairs),
-        dst((rows - 1) * dstStride * 8 + 16 * pairs);
+        dst((rows - 1) * dstStride * 8 + 16 * pairs + 16);  // 16 guard bytes
     rng.fill(src);
     std::vector<uint8_t> want = dst;
     for (int y = 0; y < rows; ++y) {

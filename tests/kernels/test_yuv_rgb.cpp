@@ -36,6 +36,8 @@ uint32_t CallKernel(const KRun& r, ImgPrcContext* ctx, Picture& pic, uint8_t* ds
       return _ORUYCbCr420ToRGB565(ctx, src, st, sw, sh, dst, pitch);
     case M::Plain422:
       return _ORUYCbCr422ToRGB565(ctx, src, st, sw, sh, dst, pitch);
+    case M::Rsz422:
+      return _ORUYCbCr422ToRGB565Rsz(ctx, src, st, sw, sh, dst, pitch, dw, dh);
     case M::Rgb555:
       return _ORUYCbCr420ToRGB555(ctx, src, st, sw, sh, dst, pitch, key);
     case M::Rot:
@@ -88,6 +90,7 @@ std::vector<KRun> DirectRuns() {
   add(M::Plain, {{5, 3, 5, 3}}, {0}, {5}, Fam::Argb);
   add(M::Plain, {{1, 1, 1, 1}}, {0}, {3}, Fam::Rgb888);
   add(M::Plain422, {{5, 3, 5, 3}}, {0}, {3});
+  add(M::Rsz422, {{6, 4, 5, 1}}, {0}, {0});  // a one-row destination is still drawn
   // Every width up to past two AVX2 steps, for the vector rows and their tails.
   for (int32_t w = 1; w <= 70; ++w) {
     const std::initializer_list<Size> size = {{w, 1 + w % 6, w, 1 + w % 6}};
