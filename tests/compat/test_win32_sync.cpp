@@ -197,27 +197,6 @@ TEST(RwQueue, BlockingEndOfFileAndTheNullSourceRule) {
   EXPECT_EQ(sum, 1) << "the space unit was kept";
 }
 
-// A, B, C at every position of a ring of four (straddling its end or not):
-// removing any one leaves the other two in order.
-TEST(RwQueue, SearchRemovesFromAnywhereInTheRingKeepingOrder) {
-  for (int offset = 0; offset < 4; offset++) {
-    for (int k = 0; k < 3; k++) {
-      CLNrwqueue q(4, sizeof(int));
-      for (int i = 0; i < offset; i++) writeOne(q, -1), readOne(q);
-      for (int v : {10, 11, 12}) writeOne(q, v);
-      Equals sought(10 + k);
-      int found = 0;
-      ASSERT_TRUE(q.SearchItem(&found, &sought, true));
-      EXPECT_EQ(found, 10 + k);
-      writeOne(q, 13);  // the semaphores still agree with the count
-      std::vector<int> rest, expected = {10, 11, 12, 13};
-      while (q.GetCount() > 0) rest.push_back(readOne(q));
-      expected.erase(expected.begin() + k);
-      EXPECT_EQ(rest, expected) << "offset " << offset << ", removed " << k;
-    }
-  }
-}
-
 std::vector<int> g_flushed;
 
 TEST(RwQueue, ZeroCopyCancelSearchPeekAndFlush) {
