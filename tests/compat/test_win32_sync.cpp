@@ -107,9 +107,7 @@ TEST(Semaphore, MaximumIsNeverEnforced) {
 TEST(WaitForAny, LowestSignalledIndexWinsAndATimeoutAnswersAllOnes) {
   HANDLE a = CreateEvent(nullptr, FALSE, FALSE, nullptr), b = CreateEvent(nullptr, FALSE, FALSE, nullptr);
   HANDLE both[2] = {a, b}, withNull[2] = {nullptr, a};
-  const auto t0 = Clock::now();
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 50), 0xFFFFFFFFUL);
-  EXPECT_GE(msSince(t0), 49);
   SetEvent(a);
   SetEvent(b);
   EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 0), 0xFFFFFFFFUL) << "a zero time-out polls nothing";
