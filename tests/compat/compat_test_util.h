@@ -1,6 +1,4 @@
-// Helpers of the portability-layer tests: clocks, waiting for a condition
-// without sleeping longer than needed, background threads, and a body run in
-// a child process whose exit status and standard output are kept.
+// Clocks, polling, background threads and child processes for the portability-layer tests.
 #pragma once
 
 #include <gtest/gtest.h>
