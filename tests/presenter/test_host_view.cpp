@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,26 +19,12 @@ using namespace scrim_testing;
 
 namespace {
 
-// The library's entry points, looked up the way a player looks them up.
-struct Library {
-  void* handle = nullptr;
-  PFN_CreateVideoPresenterAdv create = nullptr;
-  const _GUID *iidUnknown = nullptr, *iidStream = nullptr, *iidAdv = nullptr;
-
-  static Library& Get() {
-    static Library lib = [] {
-      Library l;
-      l.handle = dlopen(SCRIM_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
-      if (l.handle == nullptr) return l;
-      l.create = reinterpret_cast<PFN_CreateVideoPresenterAdv>(dlsym(l.handle, "CreateVideoPresenterAdv"));
-      l.iidUnknown = static_cast<const _GUID*>(dlsym(l.handle, "IID_IUnknown"));
-      l.iidStream = static_cast<const _GUID*>(dlsym(l.handle, "IID_IKvVideoPresenterStream"));
-      l.iidAdv = static_cast<const _GUID*>(dlsym(l.handle, "IID_IKvVideoPresenterAdv"));
-      return l;
-    }();
-    return lib;
-  }
-};
+// The library and its identifiers, looked up the way a player looks them up.
+void* Lib() {
+  static void* handle = dlopen(SCRIM_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
+  return handle;
+}
+const _GUID& Iid(const char* name) { return *static_cast<const _GUID*>(dlsym(Lib(), name)); }
 
 VP_OPEN_STREAM_PARAMS StreamParams(unsigned width, unsigned height, uint32_t colourFormat) {
   VP_OPEN_STREAM_PARAMS p{};
@@ -53,9 +40,10 @@ class HostView : public LoggedTest {
  protected:
   void SetUp() override {
     LoggedTest::SetUp();
-    Library& lib = Library::Get();
-    ASSERT_NE(nullptr, lib.handle) << dlerror();
-    ASSERT_NE(nullptr, p_ = lib.create());
+    ASSERT_NE(nullptr, Lib()) << dlerror();
+    auto create = reinterpret_cast<PFN_CreateVideoPresenterAdv>(dlsym(Lib(), "CreateVideoPresenterAdv"));
+    ASSERT_NE(nullptr, create);
+    ASSERT_NE(nullptr, p_ = create());
   }
 
   // Every test ends without a line written that it did not expect.
@@ -80,17 +68,27 @@ class HostView : public LoggedTest {
 
   KVRESULT SetSurface(ANativeWindow* window, unsigned long prop = KV_PROPID_VP_ANDROID_SURFACE) {
     KV_ANDROID_SURFACE surface{nullptr, window};
-    return p_->Set(*Library::Get().iidAdv, prop, nullptr, 0, &surface, sizeof surface);
+    return p_->Set(Iid("IID_IKvVideoPresenterAdv"), prop, nullptr, 0, &surface, sizeof surface);
   }
 
   template <typename T>
   KVRESULT Set(unsigned long prop, T value) {
-    return p_->Set(*Library::Get().iidAdv, prop, nullptr, 0, &value, sizeof value);
+    return p_->Set(Iid("IID_IKvVideoPresenterAdv"), prop, nullptr, 0, &value, sizeof value);
   }
 
   KVRESULT Get(unsigned long prop, void* data, unsigned long bytes, unsigned long* size) {
-    return p_->Get(*Library::Get().iidAdv, prop, nullptr, 0, data, bytes, size);
+    return p_->Get(Iid("IID_IKvVideoPresenterAdv"), prop, nullptr, 0, data, bytes, size);
   }
+
+  template <typename T>
+  T Value(unsigned long prop) {
+    T value{};
+    unsigned long size = 0;
+    EXPECT_EQ(KV_S_OK, Get(prop, &value, sizeof value, &size)) << prop;
+    return value;
+  }
+
+  static std::vector<long> Edges(const RECT& r) { return {r.left, r.top, r.right, r.bottom}; }
 
   // A stream, opened and (unless told otherwise) shown; destroyed by TearDown.
   IKvVideoPresenterStream* Stream(unsigned width, unsigned height, uint32_t colourFormat, bool show = true) {
@@ -102,7 +100,7 @@ class HostView : public LoggedTest {
     EXPECT_EQ(KV_S_OK, s->Open());
     uint8_t flag = 1;
     if (show) {
-      EXPECT_EQ(KV_S_OK, s->Set(*Library::Get().iidStream, KV_PROPID_VP_SHOW, nullptr, 0, &flag, 1));
+      EXPECT_EQ(KV_S_OK, s->Set(Iid("IID_IKvVideoPresenterStream"), KV_PROPID_VP_SHOW, nullptr, 0, &flag, 1));
     }
     return s;
   }
@@ -125,9 +123,8 @@ class HostView : public LoggedTest {
 }  // namespace
 
 TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
-  Library& lib = Library::Get();
-  ASSERT_NE(nullptr, lib.handle) << dlerror();
-  auto version = reinterpret_cast<PFN_getVersion>(dlsym(lib.handle, "getVersion"));
+  ASSERT_NE(nullptr, Lib()) << dlerror();
+  auto version = reinterpret_cast<PFN_getVersion>(dlsym(Lib(), "getVersion"));
   ASSERT_NE(nullptr, version);
   const std::string v = version(), suffix = "ScrimPresent Version:1.0.10461.1";
   ASSERT_GE(v.size(), suffix.size());
@@ -139,44 +136,37 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
       "GetAndroidSurface ReleaseAndroidSurface GetAndroidIomxSurface GetAndroidJEnv FreeAndroidJEnv "
       "g_SoftRenderer oru_nativewindow_determin oru_nativewindow_init oru_nativewindow_render "
       "oru_nativewindow_dorender oru_nativewindow_uninit CreateConverter ReleaseConverter render_this_frame");
-  for (std::string name; exported >> name;) EXPECT_NE(nullptr, dlsym(lib.handle, name.c_str())) << name;
+  for (std::string name; exported >> name;) EXPECT_NE(nullptr, dlsym(Lib(), name.c_str())) << name;
   for (const char* name : {"ScrimLogWrite", "_Z13ScrimLogWriteiPKcP13__va_list_tag", "scrim_malloc",
                            "_Z12scrim_mallocjj", "_Z13timeval_GetUsv", "g_pJvm"})
-    EXPECT_EQ(nullptr, dlsym(lib.handle, name)) << name;
+    EXPECT_EQ(nullptr, dlsym(Lib(), name)) << name;
 }
 
 TEST_F(HostView, LifecycleAndRender) {
-  EXPECT_EQ(1u, p_->Render(0));
-  VP_OpenOptionsAdv options{};
-  for (unsigned long size : {80ul, 79ul, 81ul})
-    EXPECT_EQ(KV_E_INVALIDARG, p_->Open(size == 80 ? nullptr : &options, size)) << size;
-  EXPECT_EQ(KV_E_FAIL, Set(KV_PROPID_VP_SHOW, int32_t(1)));  // Set needs the open state
-
-  EXPECT_EQ(KV_S_OK, p_->Open(&options, 80));
-  EXPECT_EQ(0u, p_->Render(0));
-  EXPECT_EQ(KV_E_FAIL, p_->Open(&options, 80));
+  VP_OpenOptionsAdv o{};
+  // Set needs the open state; Render answers 0 only while open and shown.
+  EXPECT_EQ((std::vector<KVRESULT>{1, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_FAIL, KV_S_OK,
+                                   0, KV_E_FAIL}),
+            (std::vector<KVRESULT>{p_->Render(0), p_->Open(nullptr, 80), p_->Open(&o, 79), p_->Open(&o, 81),
+                                   Set(KV_PROPID_VP_SHOW, int32_t(1)), p_->Open(&o, 80), p_->Render(0),
+                                   p_->Open(&o, 80)}));
   EXPECT_LINES({"[Open N] Invalid call. Video Presenter is opened already "});
-
-  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(0)));
-  EXPECT_EQ(1u, p_->Render(0));
-  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(1)));
-  EXPECT_EQ(0u, p_->Render(0xFFFF));
-  EXPECT_EQ(KV_S_OK, p_->Close());
-  EXPECT_EQ(1u, p_->Render(0));
-  EXPECT_EQ(KV_S_OK, p_->Close());             // closing a closed presenter is fine
-  EXPECT_EQ(KV_S_OK, p_->Open(&options, 80));  // and it may be opened again
-  EXPECT_EQ(0u, p_->Render(0));
+  // Closing a closed presenter is fine, and it may be opened again.
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, 1, KV_S_OK, 0, KV_S_OK, 1, KV_S_OK, KV_S_OK, 0}),
+            (std::vector<KVRESULT>{Set(KV_PROPID_VP_SHOW, int32_t(0)), p_->Render(0),
+                                   Set(KV_PROPID_VP_SHOW, int32_t(1)), p_->Render(0xFFFF), p_->Close(),
+                                   p_->Render(0), p_->Close(), p_->Open(&o, 80), p_->Render(0)}));
 }
 
 TEST_F(HostView, LookupAndReferenceCounts) {
-  Library& lib = Library::Get();
-  EXPECT_EQ(KV_E_POINTER, p_->QueryInterface(*lib.iidUnknown, nullptr));
+  const _GUID &unknownId = Iid("IID_IUnknown"), &advId = Iid("IID_IKvVideoPresenterAdv");
+  EXPECT_EQ(KV_E_POINTER, p_->QueryInterface(unknownId, nullptr));
   void* sentinel = &sentinel;
   void* out = sentinel;
-  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(*lib.iidAdv, &out));
-  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(*lib.iidStream, &out));
+  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(advId, &out));
+  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterStream"), &out));
   EXPECT_EQ(sentinel, out);
-  EXPECT_EQ(KV_S_OK, p_->QueryInterface(*lib.iidUnknown, &out));
+  EXPECT_EQ(KV_S_OK, p_->QueryInterface(unknownId, &out));
   // The reference-counting part sits right behind the interface's table pointer.
   EXPECT_EQ(reinterpret_cast<char*>(p_) + sizeof(void*), out);
   EXPECT_EQ(3, p_->AddRef());
@@ -190,13 +180,8 @@ TEST_F(HostView, LookupAndReferenceCounts) {
 }
 
 TEST_F(HostView, Properties) {
-  unsigned long size = 0;
-  uint32_t value1033 = 0;
-  EXPECT_EQ(KV_S_OK, Get(1033, &value1033, 4, &size));
-  EXPECT_EQ(16u, value1033);  // before Open
-  EXPECT_EQ(4u, size);
+  EXPECT_EQ(16u, Value<uint32_t>(1033));  // before Open
   Open();
-
   // Every readable id: its size report and its null-data check.
   const struct {
     unsigned long id;
@@ -207,58 +192,47 @@ TEST_F(HostView, Properties) {
   for (const auto& row : table) {
     SCOPED_TRACE(row.id);
     std::vector<unsigned char> data(row.bytes, 0xEE);
-    size = 0x77;
+    unsigned long size = 0x77;
     EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, &size));
     EXPECT_EQ(row.reported ? row.reported : 0x77ul, size);
     EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, nullptr));
     EXPECT_EQ(KV_E_POINTER, Get(row.id, nullptr, row.bytes, &size));
   }
-  long long64 = -1;
-  for (unsigned long id : {4ul, 1027ul, 787ul}) EXPECT_EQ(KV_E_NOTIMPL, Get(id, &long64, 8, &size)) << id;
-  EXPECT_EQ(KV_S_OK, Get(0, &long64, 8, &size));
-  EXPECT_EQ(0, long64);
-  int32_t show = 0;
-  EXPECT_EQ(KV_S_OK, Get(1, &show, 4, &size));
-  EXPECT_EQ(1, show);
-
+  long data = 0;
+  for (unsigned long id : {4ul, 1027ul, 787ul}) EXPECT_EQ(KV_E_NOTIMPL, Get(id, &data, 8, nullptr)) << id;
+  EXPECT_EQ(0, Value<long>(0));
+  EXPECT_EQ(1, Value<int32_t>(1));
   // The open options come back whole, and bytes 32-47 as property 784.
-  unsigned char options[80], part[16];
-  EXPECT_EQ(KV_S_OK, Get(1539, options, 80, &size));
-  EXPECT_EQ(KV_S_OK, Get(784, part, 16, &size));
+  const auto options = Value<std::array<unsigned char, 80>>(1539);
+  const auto part = Value<std::array<unsigned char, 16>>(784);
   for (int i = 0; i < 80; ++i) EXPECT_EQ(i + 1, options[i]);
   for (int i = 0; i < 16; ++i) EXPECT_EQ(33 + i, part[i]);
 
-  RECT dst = {1, 2, 300, 200}, src = {-4, -3, 64, 48}, got{};
+  const RECT dst = {1, 2, 300, 200}, src = {-4, -3, 64, 48};
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DST_RECT, dst));
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SRC_RECT, src));
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SRC_RECT, src));  // the same rectangle again
-  EXPECT_EQ(KV_S_OK, Get(2, &got, sizeof got, &size));
-  EXPECT_EQ(0, memcmp(&dst, &got, sizeof got));
-  EXPECT_EQ(KV_S_OK, Get(3, &got, sizeof got, &size));
-  EXPECT_EQ(0, memcmp(&src, &got, sizeof got));
+  EXPECT_EQ(Edges(dst), Edges(Value<RECT>(2)));
+  EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
   for (unsigned long id : {771ul, 1025ul, 1026ul}) {
     const long value = -1234567890123L - static_cast<long>(id);
-    long back = 0;
     EXPECT_EQ(KV_S_OK, Set(id, value));
     EXPECT_EQ(KV_S_OK, Set(id, value));  // the same value again
-    EXPECT_EQ(KV_S_OK, Get(id, &back, 8, &size));
-    EXPECT_EQ(value, back) << id;
+    EXPECT_EQ(value, Value<long>(id)) << id;
   }
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DEINTERLACE, uint32_t(2)));
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
   // Null data where it is checked; ids the presenter does not set, including those only Get answers.
   for (unsigned long id : {1ul, 2ul, 4ul})
-    EXPECT_EQ(KV_E_POINTER, p_->Set(*Library::Get().iidAdv, id, nullptr, 0, nullptr, 0)) << id;
+    EXPECT_EQ(KV_E_POINTER, p_->Set(Iid("IID_IKvVideoPresenterAdv"), id, nullptr, 0, nullptr, 0)) << id;
   for (unsigned long id : {0ul, 5ul, 784ul, 1033ul, 1539ul, 0xFFFFFFFFul})
     EXPECT_EQ(KV_E_NOTIMPL, Set(id, int32_t(0))) << id;
 
   // Open clears the destination rectangle, not the source one.
   EXPECT_EQ(KV_S_OK, p_->Close());
   Open();
-  EXPECT_EQ(KV_S_OK, Get(2, &got, sizeof got, &size));
-  EXPECT_EQ(0, got.left | got.top | got.right | got.bottom);
-  EXPECT_EQ(KV_S_OK, Get(3, &got, sizeof got, &size));
-  EXPECT_EQ(0, memcmp(&src, &got, sizeof got));
+  EXPECT_EQ(Edges(RECT{}), Edges(Value<RECT>(2)));
+  EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
 }
 
 TEST_F(HostView, FourStreamSlots) {
@@ -286,7 +260,7 @@ TEST_F(HostView, FourStreamSlots) {
 
   // Streams are told nothing through lookup: they come only from CreateStream.
   void* out = nullptr;
-  EXPECT_EQ(KV_E_NOINTERFACE, slots[0]->QueryInterface(*Library::Get().iidStream, &out));
+  EXPECT_EQ(KV_E_NOINTERFACE, slots[0]->QueryInterface(Iid("IID_IKvVideoPresenterStream"), &out));
 
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(nullptr));
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(marker));
@@ -301,31 +275,85 @@ TEST_F(HostView, FourStreamSlots) {
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(slots[0]));  // only while open
 }
 
+TEST_F(HostView, StreamStatesAndProperties) {
+  Open();
+  VP_OPEN_STREAM_PARAMS params = StreamParams(32, 16, 0);
+  IKvVideoPresenterStream* s = nullptr;
+  ASSERT_EQ(KV_S_OK, p_->CreateStream(&params, sizeof params, &s));
+  streams_.push_back(s);
+  const _GUID& iid = Iid("IID_IKvVideoPresenterStream");
+  unsigned long fourcc = KV_FOURCC_YV12, size = 0;
+  uint32_t mode = 5, readMode = 9;
+  uint8_t flag = 1;
+  RECT r = {1, 2, 3, 4};
+  // Closed: only the FOURCC may be set; Get checks its data pointer first.
+  EXPECT_EQ((std::vector<KVRESULT>{KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER, KV_S_OK,
+                                   KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
+                                   KV_E_UNEXPECTED}),
+            (std::vector<KVRESULT>{
+                s->Close(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
+                s->Set(iid, 4, nullptr, 0, nullptr, 8), s->Set(iid, 4, nullptr, 0, &fourcc, 8),
+                s->Set(iid, 1, nullptr, 0, &flag, 1), s->Set(iid, 1027, nullptr, 0, &mode, 4),
+                s->Set(iid, 999, nullptr, 0, &mode, 4), s->Get(iid, 1, nullptr, 0, nullptr, 1, &size),
+                s->Get(iid, 1, nullptr, 0, &flag, 1, &size)}));
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL,
+                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL}),
+            (std::vector<KVRESULT>{
+                s->Open(), s->Open(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
+                s->StartAnimation(nullptr), s->StopAnimation(), s->Set(iid, 1, nullptr, 0, &flag, 1),
+                s->Set(iid, 2, nullptr, 0, &r, sizeof r), s->Set(iid, 778, nullptr, 0, nullptr, 8),
+                s->Set(iid, 3, nullptr, 0, &r, sizeof r)}));
+  flag = 7;
+  EXPECT_EQ(KV_S_OK, s->Get(iid, 1, nullptr, 0, &flag, 1, &size));
+  EXPECT_EQ(1, flag);
+  EXPECT_EQ(32u, size);  // 32 although one byte was written
+  size = 0;
+  EXPECT_EQ(KV_S_OK, s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size));
+  EXPECT_EQ(0u, readMode);
+  EXPECT_EQ(KV_S_OK, s->Set(iid, 1027, nullptr, 0, &mode, 4));
+  EXPECT_EQ(KV_S_OK, s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size));
+  EXPECT_EQ(5u, readMode);
+  EXPECT_EQ(0u, size);  // no size for 1027
+  EXPECT_EQ(KV_E_NOTIMPL, s->Get(iid, 2, nullptr, 0, &readMode, 4, &size));
+  // Closing and opening again clears the deinterlace mode.
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
+            (std::vector<KVRESULT>{s->Close(), s->Close(), s->Open(),
+                                   s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size)}));
+  EXPECT_EQ(0u, readMode);
+}
+
 TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
   Window a, b, c;
+  // References held on windows a, b and c, then the pictures posted to each.
+  auto windows = [&] {
+    return std::vector<long>{a.refs(),         b.refs(),         c.refs(),
+                             long(a.posted()), long(b.posted()), long(c.posted())};
+  };
   Open();
   IKvVideoPresenterStream* s = Stream(32, 16, 0, /*show=*/false);  // made before any surface
   Picture p = Picture::I420(32, 16, 1);
-  EXPECT_EQ(KV_E_FAIL, Present(s, p));  // hidden
-  ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(1)));
-  EXPECT_EQ(KV_E_HANDLE, Present(s, p));
+  // Present's checks in their order: closed, hidden (then shown through the
+  // presenter), no plane, no surface.
+  unsigned char* y = p.planes[0];
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_FAIL, KV_S_OK, KV_E_FAIL, KV_S_OK, KV_E_HANDLE}),
+            (std::vector<KVRESULT>{s->Close(), Present(s, p), s->Open(), Present(s, p),
+                                   Set(KV_PROPID_VP_SHOW, int32_t(1)), Present(s, p)}));
   ASSERT_EQ(KV_S_OK, SetSurface(a.get()));
   EXPECT_EQ(KV_S_OK, SetSurface(a.get()));  // the same surface: no new reference
-  EXPECT_EQ(2, a.refs());
+  p.planes[0] = nullptr;
+  EXPECT_EQ(KV_E_INVALIDARG, Present(s, p));
+  p.planes[0] = y;
+  EXPECT_EQ((std::vector<long>{2, 1, 1, 0, 0, 0}), windows());
   ASSERT_EQ(KV_S_OK, Present(s, p));
-  EXPECT_EQ(3, a.refs());  // the renderer holds one too
-  ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(0)));
-  EXPECT_EQ(KV_E_FAIL, Present(s, p));
-  ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_SHOW, int32_t(1)));
+  EXPECT_EQ((std::vector<long>{3, 1, 1, 1, 0, 0}), windows());  // the renderer holds one too
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_FAIL, KV_S_OK}),
+            (std::vector<KVRESULT>{Set(KV_PROPID_VP_SHOW, int32_t(0)), Present(s, p),
+                                   Set(KV_PROPID_VP_SHOW, int32_t(1))}));
 
   EXPECT_EQ(KV_S_OK, SetSurface(b.get()));
-  EXPECT_EQ(1, a.refs());
-  EXPECT_EQ(2, b.refs());
+  EXPECT_EQ((std::vector<long>{1, 2, 1, 1, 0, 0}), windows());
   ASSERT_EQ(KV_S_OK, Present(s, p));
-  EXPECT_EQ(3, b.refs());
-  EXPECT_EQ(1u, a.posted());
-  EXPECT_EQ(1u, b.posted());
-
+  EXPECT_EQ((std::vector<long>{1, 3, 1, 1, 1, 0}), windows());
   EXPECT_EQ(KV_S_OK, p_->Close());
   EXPECT_EQ(2, b.refs());  // the stream's renderer keeps its own until the stream closes
   Open();
@@ -333,16 +361,12 @@ TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
   // 778 is accepted by the presenter but not understood by the streams: they
   // keep drawing into the window they had.
   ASSERT_EQ(KV_S_OK, SetSurface(c.get(), KV_PROPID_VP_ANDROID_SURFACE_OLD));
-  EXPECT_EQ(2, b.refs());
-  EXPECT_EQ(2, c.refs());
   ASSERT_EQ(KV_S_OK, Present(s, p));
-  EXPECT_EQ(2u, b.posted());
-  EXPECT_EQ(0u, c.posted());
+  EXPECT_EQ((std::vector<long>{1, 2, 2, 1, 2, 0}), windows());
 
   // A record without a window: streams lose theirs.
   ASSERT_EQ(KV_S_OK, SetSurface(nullptr));
-  EXPECT_EQ(1, c.refs());
-  EXPECT_EQ(1, b.refs());
+  EXPECT_EQ((std::vector<long>{1, 1, 1, 1, 2, 0}), windows());
   EXPECT_EQ(KV_E_HANDLE, Present(s, p));
   EXPECT_EQ(KV_S_OK, Destroy(s));
 
@@ -354,13 +378,16 @@ TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
   EXPECT_EQ(1, a.refs());
 }
 
-// Pictures are the image processor's output; the preferred format is told to
-// streams made after it, which post YV12 with the planes in Android's order.
+// Pictures are the image processor's output. The preferred format is told to
+// streams made after it; only YV12 itself makes a stream post YV12 (planes in
+// Android's order), and another FOURCC told later does not undo it, even for a
+// renderer set up anew on another surface.
 TEST_F(HostView, PicturesInThePreferredFormatOfTheirTime) {
   Window a, b;
   Open();
   ASSERT_EQ(KV_S_OK, SetSurface(a.get()));
-  IKvVideoPresenterStream* before = Stream(64, 48, 0x00000001);  // BT.709, video range, planar
+  ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, 0x3231564Eul));  // NV12
+  IKvVideoPresenterStream* before = Stream(64, 48, 0x00000001);              // BT.709, video range, planar
   ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
   for (int n = 0; n < 2; ++n) {
     Picture p = Picture::I420(64, 48, n);
@@ -369,14 +396,17 @@ TEST_F(HostView, PicturesInThePreferredFormatOfTheirTime) {
     ExpectRGB565(p, a.last(), 1, 0);
   }
   ASSERT_EQ(KV_S_OK, Destroy(before));
+  EXPECT_EQ(2, a.refs());  // the stream's renderer went with it
   IKvVideoPresenterStream* after = Stream(80, 36, 0);
-  ASSERT_EQ(KV_S_OK, SetSurface(b.get()));
   for (int n = 0; n < 2; ++n) {
     Picture p = Picture::I420(80, 36, 10 + n);
     ASSERT_EQ(KV_S_OK, Present(after, p));
-    ExpectYV12(p, b.last());
+    ExpectYV12(p, (n ? b : a).last());
+    unsigned long none = 0;
+    ASSERT_EQ(KV_S_OK, after->Set(Iid("IID_IKvVideoPresenterStream"), 4, nullptr, 0, &none, 8));
+    ASSERT_EQ(KV_S_OK, SetSurface(b.get()));
   }
-  EXPECT_EQ(2u, a.posted());
+  EXPECT_EQ(3u, a.posted());
 }
 
 TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
