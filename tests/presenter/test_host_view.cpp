@@ -283,7 +283,7 @@ TEST_F(HostView, StreamStatesAndProperties) {
   streams_.push_back(s);
   const _GUID& iid = Iid("IID_IKvVideoPresenterStream");
   unsigned long fourcc = KV_FOURCC_YV12, size = 0;
-  uint32_t mode = 5, readMode = 9;
+  uint32_t mode = 5;
   uint8_t flag = 1;
   RECT r = {1, 2, 3, 4};
   // Closed: only the FOURCC may be set; Get checks its data pointer first.
@@ -303,23 +303,21 @@ TEST_F(HostView, StreamStatesAndProperties) {
                 s->StartAnimation(nullptr), s->StopAnimation(), s->Set(iid, 1, nullptr, 0, &flag, 1),
                 s->Set(iid, 2, nullptr, 0, &r, sizeof r), s->Set(iid, 778, nullptr, 0, nullptr, 8),
                 s->Set(iid, 3, nullptr, 0, &r, sizeof r)}));
-  flag = 7;
-  EXPECT_EQ(KV_S_OK, s->Get(iid, 1, nullptr, 0, &flag, 1, &size));
-  EXPECT_EQ(1, flag);
-  EXPECT_EQ(32u, size);  // 32 although one byte was written
-  size = 0;
-  EXPECT_EQ(KV_S_OK, s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size));
-  EXPECT_EQ(0u, readMode);
-  EXPECT_EQ(KV_S_OK, s->Set(iid, 1027, nullptr, 0, &mode, 4));
-  EXPECT_EQ(KV_S_OK, s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size));
-  EXPECT_EQ(5u, readMode);
-  EXPECT_EQ(0u, size);  // no size for 1027
-  EXPECT_EQ(KV_E_NOTIMPL, s->Get(iid, 2, nullptr, 0, &readMode, 4, &size));
-  // Closing and opening again clears the deinterlace mode.
-  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
-            (std::vector<KVRESULT>{s->Close(), s->Close(), s->Open(),
-                                   s->Get(iid, 1027, nullptr, 0, &readMode, 4, &size)}));
-  EXPECT_EQ(0u, readMode);
+  // Show reads back with a size of 32 although one byte is written; the
+  // deinterlace mode has no size, and closing and opening again clears it.
+  uint8_t shown = 7;
+  uint32_t before = 9, after = 9, reopened = 9;
+  unsigned long showSize = 0, modeSize = 0;
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_S_OK, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED,
+                                   KV_S_OK, KV_S_OK}),
+            (std::vector<KVRESULT>{s->Get(iid, 1, nullptr, 0, &shown, 1, &showSize),
+                                   s->Get(iid, 1027, nullptr, 0, &before, 4, &modeSize),
+                                   s->Set(iid, 1027, nullptr, 0, &mode, 4),
+                                   s->Get(iid, 1027, nullptr, 0, &after, 4, &modeSize),
+                                   s->Get(iid, 2, nullptr, 0, &after, 4, &modeSize), s->Close(), s->Close(),
+                                   s->Open(), s->Get(iid, 1027, nullptr, 0, &reopened, 4, &modeSize)}));
+  EXPECT_EQ((std::vector<unsigned long>{1, 32, 0, 5, 0, 0}),
+            (std::vector<unsigned long>{shown, showSize, before, after, modeSize, reopened}));
 }
 
 TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
