@@ -158,25 +158,20 @@ TEST_F(HostView, LifecycleAndRender) {
                                    p_->Render(0), p_->Close(), p_->Open(&o, 80), p_->Render(0)}));
 }
 
+// Lookup itself is CKvUnknown's (test_component_base): here, that the presenter
+// forwards to it and where the reference-counting part sits.
 TEST_F(HostView, LookupAndReferenceCounts) {
-  const _GUID &unknownId = Iid("IID_IUnknown"), &advId = Iid("IID_IKvVideoPresenterAdv");
-  EXPECT_EQ(KV_E_POINTER, p_->QueryInterface(unknownId, nullptr));
-  void* sentinel = &sentinel;
-  void* out = sentinel;
-  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(advId, &out));
-  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterStream"), &out));
-  EXPECT_EQ(sentinel, out);
-  EXPECT_EQ(KV_S_OK, p_->QueryInterface(unknownId, &out));
+  void* out = nullptr;
+  EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterAdv"), &out));
+  EXPECT_EQ(KV_S_OK, p_->QueryInterface(Iid("IID_IUnknown"), &out));
   // The reference-counting part sits right behind the interface's table pointer.
   EXPECT_EQ(reinterpret_cast<char*>(p_) + sizeof(void*), out);
-  EXPECT_EQ(3, p_->AddRef());
   // Its slots are IUnknown's operations in IUnknown's order; in C++ they are
-  // reached through the type the object really has there.
+  // reached through the type the object really has there. TearDown's Release destroys it.
   IKvNonDelegatingUnknown* unknown = static_cast<IKvNonDelegatingUnknown*>(out);
-  EXPECT_EQ(4, unknown->NonDelegatingAddRef());
-  EXPECT_EQ(3, unknown->NonDelegatingRelease());
-  EXPECT_EQ(2, p_->Release());
-  EXPECT_EQ(1, unknown->NonDelegatingRelease());  // TearDown's Release destroys it
+  EXPECT_EQ((std::vector<long>{3, 4, 3, 2, 1}),
+            (std::vector<long>{p_->AddRef(), unknown->NonDelegatingAddRef(), unknown->NonDelegatingRelease(),
+                               p_->Release(), unknown->NonDelegatingRelease()}));
 }
 
 TEST_F(HostView, Properties) {
