@@ -1,6 +1,5 @@
-// Helpers of the presenter, renderer and surface tests: YCbCr pictures the way
-// a decoder hands them over, the lines the library wrote, the windows the host
-// gives it, and the expected contents of the buffers it posts.
+// Helpers of the presenter, renderer and surface tests: decoder-like pictures,
+// the library's log lines, host windows and the expected posted buffers.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,12 +18,12 @@
 
 namespace scrim_testing {
 
-// A planar 4:2:0 picture (or NV12 with interleaved chroma) with strides wider
-// than its rows, filled with a pattern that differs per plane, row and column.
+// A planar 4:2:0 picture with strides wider than its rows, filled with a
+// pattern that differs per plane, row and column.
 struct Picture {
   int width = 0;
   int height = 0;
-  std::vector<uint8_t> y, cb, cr;  // cr empty for NV12 (cb holds CbCr pairs)
+  std::vector<uint8_t> y, cb, cr;
   unsigned char* planes[3] = {nullptr, nullptr, nullptr};
   unsigned long strides[3] = {0, 0, 0};
 
@@ -49,14 +48,6 @@ struct Picture {
     p.planes[2] = p.cr.data();
     p.strides[0] = ys;
     p.strides[1] = p.strides[2] = cs;
-    return p;
-  }
-
-  static Picture NV12(int width, int height, int seed) {
-    Picture p = I420(width, height, seed);
-    p.cr.clear();
-    p.planes[2] = nullptr;
-    p.strides[2] = 0;
     return p;
   }
 

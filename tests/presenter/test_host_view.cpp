@@ -1,7 +1,5 @@
-// The presenter as a player sees it: libscrimpresent.so loaded with dlopen,
-// CreateVideoPresenterAdv found with dlsym, and the presenter and its streams
+// The presenter as a player sees it: libscrimpresent.so through dlopen/dlsym,
 // driven only through the interface classes (their slot order is the ABI).
-// Pictures go to host windows, which record what was posted.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <string.h>
@@ -19,7 +17,6 @@ using namespace scrim_testing;
 
 namespace {
 
-// The library and its identifiers, looked up the way a player looks them up.
 void* Lib() {
   static void* handle = dlopen(SCRIM_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
   return handle;
@@ -27,11 +24,7 @@ void* Lib() {
 const _GUID& Iid(const char* name) { return *static_cast<const _GUID*>(dlsym(Lib(), name)); }
 
 VP_OPEN_STREAM_PARAMS StreamParams(unsigned width, unsigned height, uint32_t colourFormat) {
-  VP_OPEN_STREAM_PARAMS p{};
-  p.dwStreamKind = KV_STREAM_KIND_VIDEO;
-  p.dwWidth = width;
-  p.dwHeight = height;
-  p.dwColorFormat = colourFormat;
+  VP_OPEN_STREAM_PARAMS p{KV_STREAM_KIND_VIDEO, width, height, colourFormat, {}};
   for (size_t i = 0; i < sizeof p.reserved; ++i) p.reserved[i] = static_cast<unsigned char>(0xC0 + i);
   return p;
 }
@@ -49,14 +42,10 @@ class HostView : public LoggedTest {
   // Every test ends without a line written that it did not expect.
   void TearDown() override {
     EXPECT_EQ(0u, HostLog_count());
-    if (p_ != nullptr) {
-      if (!streams_.empty()) {
-        VP_OpenOptionsAdv options{};
-        p_->Open(&options, sizeof options);  // streams are given back while open
-        for (IKvVideoPresenterStream* s : streams_) EXPECT_EQ(KV_S_OK, p_->DestroyStream(s));
-      }
-      EXPECT_EQ(0, p_->Release());
-    }
+    VP_OpenOptionsAdv options{};
+    if (p_ != nullptr && !streams_.empty()) p_->Open(&options, sizeof options);  // streams go back while open
+    for (IKvVideoPresenterStream* s : streams_) EXPECT_EQ(KV_S_OK, p_->DestroyStream(s));
+    if (p_ != nullptr) EXPECT_EQ(0, p_->Release());
     LoggedTest::TearDown();
   }
 
@@ -99,9 +88,8 @@ class HostView : public LoggedTest {
     streams_.push_back(s);
     EXPECT_EQ(KV_S_OK, s->Open());
     uint8_t flag = 1;
-    if (show) {
-      EXPECT_EQ(KV_S_OK, s->Set(Iid("IID_IKvVideoPresenterStream"), KV_PROPID_VP_SHOW, nullptr, 0, &flag, 1));
-    }
+    EXPECT_EQ(KV_S_OK,
+              show ? s->Set(Iid("IID_IKvVideoPresenterStream"), KV_PROPID_VP_SHOW, nullptr, 0, &flag, 1) : 0);
     return s;
   }
 
@@ -127,9 +115,9 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
   auto version = reinterpret_cast<PFN_getVersion>(dlsym(Lib(), "getVersion"));
   ASSERT_NE(nullptr, version);
   const std::string v = version(), suffix = "ScrimPresent Version:1.0.10461.1";
-  ASSERT_GE(v.size(), suffix.size());
-  EXPECT_EQ(suffix, v.substr(v.size() - suffix.size()));
-  EXPECT_EQ(std::string::npos, v.find('\n'));
+  EXPECT_TRUE(v.size() >= suffix.size() && v.compare(v.size() - suffix.size(), suffix.size(), suffix) == 0 &&
+              v.find('\n') == std::string::npos)
+      << v;
   std::istringstream exported(
       "IID_IUnknown IID_IKvVideoPresenter IID_IKvVideoPresenterAdv IID_IKvVideoPresenterStream "
       "IID_IKvVideoPresenterAnimation IID_IKvFont IID_IOruvmVideoMixer IID_IOruvmVideoContext "
@@ -164,10 +152,7 @@ TEST_F(HostView, LookupAndReferenceCounts) {
   void* out = nullptr;
   EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterAdv"), &out));
   EXPECT_EQ(KV_S_OK, p_->QueryInterface(Iid("IID_IUnknown"), &out));
-  // The reference-counting part sits right behind the interface's table pointer.
-  EXPECT_EQ(reinterpret_cast<char*>(p_) + sizeof(void*), out);
-  // Its slots are IUnknown's operations in IUnknown's order; in C++ they are
-  // reached through the type the object really has there. TearDown's Release destroys it.
+  EXPECT_EQ(reinterpret_cast<char*>(p_) + sizeof(void*), out);  // right behind the table pointer
   IKvNonDelegatingUnknown* unknown = static_cast<IKvNonDelegatingUnknown*>(out);
   EXPECT_EQ((std::vector<long>{3, 4, 3, 2, 1}),
             (std::vector<long>{p_->AddRef(), unknown->NonDelegatingAddRef(), unknown->NonDelegatingRelease(),
@@ -371,9 +356,8 @@ TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
   EXPECT_EQ(1, a.refs());
 }
 
-// Pictures are the image processor's output. The preferred format is told to
-// streams made after it; only YV12 itself makes a stream post YV12 (planes in
-// Android's order), and another FOURCC told later does not undo it, even for a
+// The preferred format is told to streams made after it; only YV12 makes a
+// stream post YV12, and another FOURCC told later does not undo it, even for a
 // renderer set up anew on another surface.
 TEST_F(HostView, PicturesInThePreferredFormatOfTheirTime) {
   Window a, b;

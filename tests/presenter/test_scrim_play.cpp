@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -15,14 +16,9 @@ namespace {
 
 // A file in the temporary folder, removed at the end.
 struct TempFile {
-  std::string path;
-  explicit TempFile(const std::string& content) {
-    char name[] = "/tmp/scrim_play_testXXXXXX";
-    int fd = mkstemp(name);
-    path = name;
-    EXPECT_EQ(static_cast<ssize_t>(content.size()), write(fd, content.data(), content.size()));
-    close(fd);
-  }
+  static inline int made = 0;
+  std::string path = "/tmp/scrim_play_test_" + std::to_string(getpid()) + "_" + std::to_string(made++);
+  explicit TempFile(const std::string& content) { std::ofstream(path) << content; }
   ~TempFile() { unlink(path.c_str()); }
 };
 

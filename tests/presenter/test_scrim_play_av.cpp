@@ -1,8 +1,6 @@
-// scrim-play on video files. Clips are encoded here with libavcodec (FFV1,
-// lossless, or MPEG-4 at its finest quantiser), so a decoded picture is the
-// clip's own pattern: every posted picture is checked against that pattern
-// turned into RGB by the textbook formulas. Also the window under Xvfb, and
-// files that cannot be played.
+// scrim-play on video files encoded here losslessly (FFV1) or at MPEG-4's finest
+// quantiser: posted pictures are checked against the clip's pattern turned into
+// RGB by the textbook formulas. Also the window under Xvfb, and unplayable files.
 #include <gtest/gtest.h>
 #include <stdio.h>
 
@@ -16,8 +14,8 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <iterator>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -53,9 +51,11 @@ void Encode(const std::string& path, const Clip& c) {
   ASSERT_GE(avformat_alloc_output_context2(&fmt, nullptr, "matroska", path.c_str()), 0);
   const AVCodec* codec = avcodec_find_encoder_by_name(c.codec);
   AVCodecContext* ctx = avcodec_alloc_context3(codec);
-  ctx->width = c.width;
-  ctx->height = c.height;
-  ctx->pix_fmt = c.format;
+  AVFrame* f = av_frame_alloc();
+  AVPacket* pkt = av_packet_alloc();
+  ctx->width = f->width = c.width;
+  ctx->height = f->height = c.height;
+  f->format = ctx->pix_fmt = c.format;
   ctx->time_base = {1, 1000};
   ctx->colorspace = c.space;
   ctx->color_range = c.range;
@@ -67,11 +67,6 @@ void Encode(const std::string& path, const Clip& c) {
   avcodec_parameters_from_context(st->codecpar, ctx);
   ASSERT_GE(avio_open(&fmt->pb, path.c_str(), AVIO_FLAG_WRITE), 0);
   ASSERT_GE(avformat_write_header(fmt, nullptr), 0);
-  AVFrame* f = av_frame_alloc();
-  AVPacket* pkt = av_packet_alloc();
-  f->format = c.format;
-  f->width = c.width;
-  f->height = c.height;
   av_frame_get_buffer(f, 0);
   const AVPixFmtDescriptor* d = av_pix_fmt_desc_get(c.format);
   for (int n = 0; n <= c.count; ++n) {
@@ -138,9 +133,7 @@ void ExpectPicture(const std::string& png, const Clip& c, int n, double kr, doub
 }
 
 std::string Slurp(const std::string& path) {
-  std::stringstream s;
-  s << std::ifstream(path).rdbuf();
-  return s.str();
+  return {std::istreambuf_iterator<char>(std::ifstream(path).rdbuf()), {}};
 }
 
 struct Played {
@@ -287,16 +280,14 @@ TEST(ScrimPlayAv, WindowShowsTheLastPostedPictureAndClosesCleanly) {
   display = ":" + display.substr(0, display.find('\n'));
   Display* x = XOpenDisplay(display.c_str());
   ASSERT_NE(nullptr, x);
-  // SDL leaves the desktop bus library's process-wide state behind (from a
-  // library it has unloaded, so no suppression can name it): leaks are checked
-  // by the runs without a window, memory errors here too.
+  // SDL leaves D-Bus state behind from a library it unloaded (no suppression can
+  // name it): leaks are checked by the runs without a window.
   ASSERT_EQ(
       0, system(("(DISPLAY=" + display +
                  " ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 " SCRIM_PLAY_PATH " --quiet --window --out " +
                  shown + " " + shown + ".mkv >/dev/null; echo $? >" + shown + ".status) &")
                     .c_str()));
-  // At the end the window stays, showing the last picture, until it is closed.
-  std::string title;
+  std::string title;  // at the end the window stays, showing the last picture
   Window w = 0;
   ASSERT_TRUE(WaitFor([&] { return (w = FindWindow(x, "(end", title)) != 0; }));
   EXPECT_EQ(0u, title.find("scrim-play: picture 2, 0.080 s")) << title;
