@@ -392,23 +392,17 @@ TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
   IKvVideoPresenterStream* s = Stream(32, 16, 0);
   Picture p = Picture::I420(32, 16, 3);
   const std::string render = "[Present N]:oru_nativewindow_render fail",
-                    lock = "[oru_nativewindow_render N]:ANativeWindow_lock err = 0xfffffff4";
+                    lock = "[oru_nativewindow_render N]:ANativeWindow_lock err = 0xfffffff4",
+                    geometry =
+                        "[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea",
+                    post = "[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0";
   const struct {
     HostWindowFault fault;
     int32_t error, count;
     std::vector<std::string> lines;
-  } faults[] = {
-      {HOST_FAULT_SET_GEOMETRY,
-       -22,
-       1,
-       {"[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea",
-        "[Present N]:oru_nativewindow_init fail"}},
-      {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
-      {HOST_FAULT_POST,
-       -32,
-       1,
-       {"[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0"}},
-  };
+  } faults[] = {{HOST_FAULT_SET_GEOMETRY, -22, 1, {geometry, "[Present N]:oru_nativewindow_init fail"}},
+                {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
+                {HOST_FAULT_POST, -32, 1, {post}}};
   for (const auto& f : faults) {
     HostWindow_failNext(a.get(), f.fault, f.error, f.count);
     for (int i = 0; i < f.count; ++i) EXPECT_EQ(KV_E_FAIL, Present(s, p));

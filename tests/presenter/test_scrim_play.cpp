@@ -82,7 +82,6 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
       {"YUV4MPEG2W2 H2\n", "odd header: \"YUV4MPEG2\" is not followed by a space"},
       {"YUV4MPEG2 W2 H2 C422\n", "not 8-bit 4:2:0 (colour space \"422\")"},
       {"YUV4MPEG2 W2 H2 C420p10\n", "not 8-bit 4:2:0"},
-      {"YUV4MPEG2 W2 H2 Cmono\n", "not 8-bit 4:2:0"},
       {"YUV4MPEG2 H2\n", "odd header: the picture size (W and H) is missing"},
       {"YUV4MPEG2\n", "odd header: the picture size"},
       {"YUV4MPEG2 W0 H2\n", "odd header: bad picture width \"W0\""},
