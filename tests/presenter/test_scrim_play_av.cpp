@@ -302,10 +302,7 @@ TEST(ScrimPlayAv, WindowShowsTheLastPostedPictureAndClosesCleanly) {
     }
   XDestroyImage(shot);
   XEvent bye{};
-  bye.xclient.type = ClientMessage;
-  bye.xclient.window = w;
-  bye.xclient.message_type = XInternAtom(x, "WM_PROTOCOLS", False);
-  bye.xclient.format = 32;
+  bye.xclient = {ClientMessage, 0, False, x, w, XInternAtom(x, "WM_PROTOCOLS", False), 32, {}};
   bye.xclient.data.l[0] = static_cast<long>(XInternAtom(x, "WM_DELETE_WINDOW", False));
   XSendEvent(x, w, False, NoEventMask, &bye);
   XCloseDisplay(x);
