@@ -83,7 +83,7 @@ class HostView : public LoggedTest {
   IKvVideoPresenterStream* Stream(unsigned width, unsigned height, uint32_t colourFormat, bool show = true) {
     VP_OPEN_STREAM_PARAMS params = StreamParams(width, height, colourFormat);
     IKvVideoPresenterStream* s = nullptr;
-    EXPECT_EQ(KV_S_OK, p_->CreateStream(&params, sizeof params, &s));
+    EXPECT_EQ(KV_S_OK, p_->CreateStream(&params, 1, &s));  // the size is not checked
     if (s == nullptr) return nullptr;
     streams_.push_back(s);
     EXPECT_EQ(KV_S_OK, s->Open());
@@ -221,80 +221,63 @@ TEST_F(HostView, FourStreamSlots) {
   IKvVideoPresenterStream* s = marker;
   EXPECT_EQ(KV_E_FAIL, p_->CreateStream(&params, sizeof params, &s));  // closed
   Open();
-  EXPECT_EQ(KV_E_INVALIDARG, p_->CreateStream(nullptr, sizeof params, &s));
-  EXPECT_EQ(KV_E_INVALIDARG, p_->CreateStream(&params, sizeof params, nullptr));
-  EXPECT_EQ(KV_E_FAIL, p_->CreateStream(&wrong, sizeof wrong, &s));
+  EXPECT_EQ((std::vector<KVRESULT>{KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_FAIL}),
+            (std::vector<KVRESULT>{p_->CreateStream(nullptr, sizeof params, &s),
+                                   p_->CreateStream(&params, sizeof params, nullptr),
+                                   p_->CreateStream(&wrong, sizeof wrong, &s)}));
   EXPECT_EQ(nullptr, s);
-
   IKvVideoPresenterStream* slots[4] = {};
-  for (auto& slot : slots) {
-    EXPECT_EQ(KV_S_OK, p_->CreateStream(&params, 1, &slot));  // the size is not checked
-    ASSERT_NE(nullptr, slot);
-    streams_.push_back(slot);
-  }
+  for (auto& slot : slots) ASSERT_NE(nullptr, slot = Stream(32, 16, 0, false));
   s = marker;
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&params, sizeof params, &s));
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&wrong, sizeof wrong, &s));  // no slot is checked first
   EXPECT_EQ(marker, s);
-
   // Streams are told nothing through lookup: they come only from CreateStream.
   void* out = nullptr;
   EXPECT_EQ(KV_E_NOINTERFACE, slots[0]->QueryInterface(Iid("IID_IKvVideoPresenterStream"), &out));
-
-  EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(nullptr));
-  EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(marker));
-  EXPECT_EQ(KV_S_OK, Destroy(slots[2]));
-  IKvVideoPresenterStream* again = nullptr;
-  EXPECT_EQ(KV_S_OK, p_->CreateStream(&params, sizeof params, &again));
-  ASSERT_NE(nullptr, again);
-  streams_.push_back(again);
+  EXPECT_EQ(
+      (std::vector<KVRESULT>{KV_E_FAIL, KV_E_FAIL, KV_S_OK}),
+      (std::vector<KVRESULT>{p_->DestroyStream(nullptr), p_->DestroyStream(marker), Destroy(slots[2])}));
+  ASSERT_NE(nullptr, Stream(32, 16, 0, false));  // the freed slot
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&params, sizeof params, &s));
-
   EXPECT_EQ(KV_S_OK, p_->Close());
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(slots[0]));  // only while open
 }
 
 TEST_F(HostView, StreamStatesAndProperties) {
   Open();
-  VP_OPEN_STREAM_PARAMS params = StreamParams(32, 16, 0);
-  IKvVideoPresenterStream* s = nullptr;
-  ASSERT_EQ(KV_S_OK, p_->CreateStream(&params, sizeof params, &s));
-  streams_.push_back(s);
+  IKvVideoPresenterStream* s = Stream(32, 16, 0, false);
   const _GUID& iid = Iid("IID_IKvVideoPresenterStream");
-  unsigned long fourcc = KV_FOURCC_YV12, size = 0;
-  uint32_t mode = 5;
-  uint8_t flag = 1;
+  auto set = [&](unsigned long id, void* data, unsigned long bytes) {
+    return s->Set(iid, id, nullptr, 0, data, bytes);
+  };
+  auto get = [&](unsigned long id, void* data, unsigned long bytes, unsigned long* size) {
+    return s->Get(iid, id, nullptr, 0, data, bytes, size);
+  };
+  unsigned long fourcc = KV_FOURCC_YV12, size = 0, showSize = 0, modeSize = 0;
+  uint32_t mode = 5, before = 9, after = 9, reopened = 9;
+  uint8_t flag = 1, shown = 7;
   RECT r = {1, 2, 3, 4};
   // Closed: only the FOURCC may be set; Get checks its data pointer first.
-  EXPECT_EQ((std::vector<KVRESULT>{KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER, KV_S_OK,
-                                   KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
-                                   KV_E_UNEXPECTED}),
-            (std::vector<KVRESULT>{
-                s->Close(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
-                s->Set(iid, 4, nullptr, 0, nullptr, 8), s->Set(iid, 4, nullptr, 0, &fourcc, 8),
-                s->Set(iid, 1, nullptr, 0, &flag, 1), s->Set(iid, 1027, nullptr, 0, &mode, 4),
-                s->Set(iid, 999, nullptr, 0, &mode, 4), s->Get(iid, 1, nullptr, 0, nullptr, 1, &size),
-                s->Get(iid, 1, nullptr, 0, &flag, 1, &size)}));
-  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL,
-                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL}),
-            (std::vector<KVRESULT>{
-                s->Open(), s->Open(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
-                s->StartAnimation(nullptr), s->StopAnimation(), s->Set(iid, 1, nullptr, 0, &flag, 1),
-                s->Set(iid, 2, nullptr, 0, &r, sizeof r), s->Set(iid, 778, nullptr, 0, nullptr, 8),
-                s->Set(iid, 3, nullptr, 0, &r, sizeof r)}));
+  EXPECT_EQ(
+      (std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
+                             KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
+                             KV_E_UNEXPECTED}),
+      (std::vector<KVRESULT>{s->Close(), s->Close(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
+                             set(4, nullptr, 8), set(4, &fourcc, 8), set(1, &flag, 1), set(1027, &mode, 4),
+                             set(999, &mode, 4), get(1, nullptr, 1, &size), get(1, &flag, 1, &size)}));
   // Show reads back with a size of 32 although one byte is written; the
   // deinterlace mode has no size, and closing and opening again clears it.
-  uint8_t shown = 7;
-  uint32_t before = 9, after = 9, reopened = 9;
-  unsigned long showSize = 0, modeSize = 0;
-  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_S_OK, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED,
-                                   KV_S_OK, KV_S_OK}),
-            (std::vector<KVRESULT>{s->Get(iid, 1, nullptr, 0, &shown, 1, &showSize),
-                                   s->Get(iid, 1027, nullptr, 0, &before, 4, &modeSize),
-                                   s->Set(iid, 1027, nullptr, 0, &mode, 4),
-                                   s->Get(iid, 1027, nullptr, 0, &after, 4, &modeSize),
-                                   s->Get(iid, 2, nullptr, 0, &after, 4, &modeSize), s->Close(), s->Close(),
-                                   s->Open(), s->Get(iid, 1027, nullptr, 0, &reopened, 4, &modeSize)}));
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL,
+                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK,
+                                   KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
+            (std::vector<KVRESULT>{s->Open(), s->Open(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
+                                   s->StartAnimation(nullptr), s->StopAnimation(), set(1, &flag, 1),
+                                   set(2, &r, sizeof r), set(778, nullptr, 8), set(3, &r, sizeof r),
+                                   get(1, &shown, 1, &showSize), get(1027, &before, 4, &modeSize),
+                                   set(1027, &mode, 4), get(1027, &after, 4, &modeSize),
+                                   get(2, &after, 4, &modeSize), s->Close(), s->Close(), s->Open(),
+                                   get(1027, &reopened, 4, &modeSize)}));
   EXPECT_EQ((std::vector<unsigned long>{1, 32, 0, 5, 0, 0}),
             (std::vector<unsigned long>{shown, showSize, before, after, modeSize, reopened}));
 }
