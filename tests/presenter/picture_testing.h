@@ -1,6 +1,5 @@
-// Helpers of the presenter, renderer and surface tests: YCbCr pictures the way
-// a decoder hands them over, the lines the library wrote, the windows the host
-// gives it, and the expected contents of the buffers it posts.
+// Helpers of the presenter, renderer and surface tests: decoder-like pictures,
+// the library's log lines, host windows and the expected posted buffers.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,12 +18,11 @@
 
 namespace scrim_testing {
 
-// A planar 4:2:0 picture (or NV12 with interleaved chroma) with strides wider
-// than its rows, filled with a pattern that differs per plane, row and column.
+// A planar 4:2:0 picture with strides wider than its rows, filled with a
+// pattern that differs per plane, row and column.
 struct Picture {
-  int width = 0;
-  int height = 0;
-  std::vector<uint8_t> y, cb, cr;  // cr empty for NV12 (cb holds CbCr pairs)
+  int width = 0, height = 0;
+  std::vector<uint8_t> y, cb, cr;
   unsigned char* planes[3] = {nullptr, nullptr, nullptr};
   unsigned long strides[3] = {0, 0, 0};
 
@@ -33,30 +31,17 @@ struct Picture {
     p.width = width;
     p.height = height;
     const int ys = width + 8, cs = width / 2 + 4;
-    p.y.resize(static_cast<size_t>(ys) * height);
-    p.cb.resize(static_cast<size_t>(cs) * (height / 2));
-    p.cr.resize(static_cast<size_t>(cs) * (height / 2));
-    for (int r = 0; r < height; ++r)
-      for (int x = 0; x < ys; ++x)
-        p.y[r * ys + x] = static_cast<uint8_t>(16 + (x * 3 + r * 5 + seed * 7) % 220);
-    for (int r = 0; r < height / 2; ++r)
-      for (int x = 0; x < cs; ++x) {
-        p.cb[r * cs + x] = static_cast<uint8_t>(16 + (x * 11 + r * 3 + seed * 13) % 224);
-        p.cr[r * cs + x] = static_cast<uint8_t>(240 - (x * 5 + r * 9 + seed * 17) % 224);
-      }
+    for (int i = 0; i < ys * height; ++i)
+      p.y.push_back(uint8_t(16 + (i % ys * 3 + i / ys * 5 + seed * 7) % 220));
+    for (int i = 0; i < cs * (height / 2); ++i) {
+      p.cb.push_back(uint8_t(16 + (i % cs * 11 + i / cs * 3 + seed * 13) % 224));
+      p.cr.push_back(uint8_t(240 - (i % cs * 5 + i / cs * 9 + seed * 17) % 224));
+    }
     p.planes[0] = p.y.data();
     p.planes[1] = p.cb.data();
     p.planes[2] = p.cr.data();
     p.strides[0] = ys;
     p.strides[1] = p.strides[2] = cs;
-    return p;
-  }
-
-  static Picture NV12(int width, int height, int seed) {
-    Picture p = I420(width, height, seed);
-    p.cr.clear();
-    p.planes[2] = nullptr;
-    p.strides[2] = 0;
     return p;
   }
 

