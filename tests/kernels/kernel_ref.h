@@ -1,6 +1,6 @@
-// References for the YCbCr to RGB kernels, written from the rules pixel by pixel: one colour step per
-// packing and one walk per shape. Sources record the furthest byte read and destinations the bytes written,
-// so a kernel runs on exactly those (AddressSanitizer sees any stray access).
+// References for the YCbCr to RGB kernels, written from the rules pixel by pixel: one colour step per packing
+// and one walk per shape. Sources record the furthest byte read and destinations the bytes written, so a
+// kernel runs on exactly those (AddressSanitizer sees any stray access).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@
 namespace kref {
 
 constexpr uint64_t kMask = 0x7E0FC1F;  // the fields of a spread pixel
-// Range tables filled at random: wide ones push most results into the clamps,
-// narrow ones keep most results inside the range.
+// Range tables filled at random: wide ones push most results into the clamps, narrow ones keep most results
+// inside the range.
 struct Tables {
   std::vector<uint16_t> y = std::vector<uint16_t>(256);
   std::vector<int64_t> cb = std::vector<int64_t>(256), cr = std::vector<int64_t>(256);
@@ -48,27 +48,20 @@ struct Tables {
     return static_cast<int32_t>(static_cast<uint32_t>(hi) << 16 | (static_cast<uint32_t>(lo) & 0xFFFF));
   }
   void Attach() { ctx.rangeTableY = y.data(), ctx.rangeTableCb = cb.data(), ctx.rangeTableCr = cr.data(); }
-  // Red and blue: the high half doubled plus the sign of the low half. Green:
-  // the two low halves summed on 16 bits (the carry is dropped), doubled.
-  static int32_t Word(int64_t e) { return static_cast<int32_t>(static_cast<uint32_t>(e)); }
-  int32_t GreenTerm(uint8_t b, uint8_t r) const {
-    const uint32_t sum = (static_cast<uint32_t>(cb[b]) & 0xFFFF) + (static_cast<uint32_t>(cr[r]) & 0xFFFF);
-    return static_cast<int16_t>(static_cast<uint16_t>(sum)) * 2;
-  }
 };
 inline int32_t Clamp(int32_t v, int32_t hi) { return std::min(std::max(v, 0), hi); }
 
-// Channel sums of a pixel: its luma entry plus each colour term.
+// Channel sums of a pixel: its luma entry plus each colour term. Red and blue: the high half doubled plus the
+// sign of the low half. Green: the two low halves summed on 16 bits (the carry is dropped), doubled.
 struct Sums {
   int32_t r, g, b;
 };
 inline Sums SumsOf(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr) {
-  const int32_t l = t.y[y];
-  return {l + (Tables::Word(t.cr[cr]) >> 15), l + t.GreenTerm(cb, cr), l + (Tables::Word(t.cb[cb]) >> 15)};
+  const int32_t l = t.y[y], eb = int32_t(uint32_t(t.cb[cb])), er = int32_t(uint32_t(t.cr[cr]));
+  return {l + (er >> 15), l + int16_t(uint16_t(uint32_t(eb) + uint32_t(er))) * 2, l + (eb >> 15)};
 }
 
-// RGB565, or RGB555: 5-bit green (>> 10, not >> 9), the opaque bit, and the
-// keyed colour written as 0.
+// RGB565, or RGB555: 5-bit green (>> 10, not >> 9), the opaque bit, and the keyed colour written as 0.
 inline uint16_t Ref16(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, bool rgb555 = false,
                       uint32_t key = 0) {
   if (rgb555 && (static_cast<uint32_t>(y) << 16 | static_cast<uint32_t>(cb) << 8 | cr) == key) return 0;
@@ -80,8 +73,8 @@ inline uint16_t Ref16(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, bool r
 inline uint64_t Spread(uint32_t r, uint32_t g, uint32_t b) {
   return uint64_t{r} << 21 | uint64_t{g} << 10 | b;
 }
-// Spread pixel: 6-bit red at bit 21, 6-bit green at 10, 5-bit blue at 0; with
-// `bgr` 5-bit blue at 21 and 6-bit red at 0.
+// Spread pixel: 6-bit red at bit 21, 6-bit green at 10, 5-bit blue at 0; with `bgr` 5-bit blue at 21 and
+// 6-bit red at 0.
 inline uint64_t RefSpread(const Tables& t, uint8_t y, uint8_t cb, uint8_t cr, bool bgr = false) {
   const Sums s = SumsOf(t, y, cb, cr);
   const uint32_t r = Clamp(s.r >> 9, 63), g = Clamp(s.g >> 9, 63), b = Clamp(s.b >> 10, 31);
@@ -120,8 +113,8 @@ inline uint32_t Blend32Words(const Terms& terms, uint32_t alpha) {
   return alpha << 24 | uint32_t(((v >> 8) & 0xFF0000) | ((v >> 5) & 0xFF00) | ((v >> 2) & 0xFF));
 }
 
-// A 4:2:0 source (4:2:2 with chromaRows 1, 4:4:4 with chromaCols 1 too), planes
-// allocated generously and filled at random.
+// A 4:2:0 source (4:2:2 with chromaRows 1, 4:4:4 with chromaCols 1 too), planes allocated generously and
+// filled at random.
 class Picture {
  public:
   Picture(int32_t width, int32_t height, int32_t pad, uint32_t seed, int32_t extraRows = 4,
@@ -147,8 +140,7 @@ class Picture {
       raw_[p] = cut_[p].data();
     }
   }
-  const uint8_t* const* planes() const { return raw_; }
-  uint8_t** raw() { return raw_; }  // the same planes, as the frame call takes them
+  uint8_t** raw() { return raw_; }
   uint32_t* strides() { return strides_; }
   uint8_t Read(int p, int64_t off) const {
     reach_[p] = std::max(reach_[p], off);
@@ -160,9 +152,9 @@ class Picture {
   mutable int64_t reach_[3] = {0, 0, 0};
 };
 
-// A destination: the reference writes the expected bytes into a generous
-// buffer holding a pattern; Target() is the bytes up to the last one written
-// (at least one, so the kernel gets a real pointer), with the same pattern.
+// A destination: the reference writes the expected bytes into a generous buffer holding a pattern; Target()
+// is the bytes up to the last one written (at least one, so the kernel gets a real pointer), with the same
+// pattern.
 class Canvas {
  public:
   explicit Canvas(size_t generous) : expected_(generous) {
@@ -207,10 +199,9 @@ struct LineSet {
   }
 };
 
-// The rotation record of a packed destination as offsets from its start: p
-// bytes a pixel, W x H picture (source orientation), stride S. Rotation 1 is a
-// quarter turn anticlockwise, 2 clockwise, 3 a half turn, 4 a left-right
-// mirror, 5 a top-bottom flip.
+// The rotation record of a packed destination as offsets from its start: p bytes a pixel, W x H picture
+// (source orientation), stride S. Rotation 1 is a quarter turn anticlockwise, 2 clockwise, 3 a half turn, 4 a
+// left-right mirror, 5 a top-bottom flip.
 struct RecordOffsets {
   int32_t stepX, stepY;
   int64_t pix[4];  // pix00, pix10, pix01, pix11
@@ -220,10 +211,6 @@ inline RecordOffsets MakeOffsets(int rotation, int64_t w, int64_t h, int64_t s, 
   const int64_t o[6] = {0, (w - 1) * s, (h - 1) * p, h * s - p, (w - 1) * p, (h - 1) * s};
   const int64_t x = dx[rotation], y = dy[rotation], o00 = o[rotation];
   return {int32_t(2 * x), int32_t(2 * y), {o00, o00 + x, o00 + y, o00 + x + y}};
-}
-inline ImgPrcRotationRecord MakeRecord(const RecordOffsets& o, uint8_t* base) {
-  return {o.stepX, o.stepY, base + o.pix[0], base + o.pix[1], base + o.pix[2], base + o.pix[3], 0, 0,
-          0,       0,       nullptr,         nullptr,         nullptr};
 }
 inline std::vector<CpuLevel> Levels() {
   std::vector<CpuLevel> levels;
@@ -235,14 +222,13 @@ inline std::vector<CpuLevel> Levels() {
 
 using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
 using PutFn = std::function<void(Canvas&, int64_t at, uint32_t v)>;
-// 16.16 step: ((src - 1) << 16) / (dst - 1), 0 for a destination of 1.
 inline int32_t Step(int32_t src, int32_t dst) {
   return dst == 1 ? 0 : static_cast<int32_t>((int64_t{src - 1} << 16) / (dst - 1));
 }
 // Rows of the enlarging RGB565 kernels are (pitch / 4) * 8 bytes apart.
 inline int64_t WideRow(int32_t pitch) { return int64_t{pitch >> 2} * 8; }
-// 2x2 blocks while row < h and column < w through the four cursors, steps used
-// rounded down to even bytes; both chroma planes addressed with stride 1.
+// 2x2 blocks while row < h and column < w through the four cursors, steps used rounded down to even bytes;
+// both chroma planes addressed with stride 1.
 inline void RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const RecordOffsets& ro,
                          const PixelFn& px, const PutFn& put) {
   const int64_t col = (ro.stepX >> 1) * 2, row = (ro.stepY >> 1) * 2;
@@ -254,8 +240,8 @@ inline void RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const R
     }
 }
 
-// Sample of a plane at 16.16 position (x, y): down each column with weight wy (values x 2), then
-// across with wx; the next column is clamped to `last`, the next row is not.
+// Sample of a plane at 16.16 position (x, y): down each column with weight wy (values x 2), then across with
+// wx; the next column is clamped to `last`, the next row is not.
 inline uint8_t Bilinear(Picture& pic, int plane, int32_t last, uint32_t x, uint32_t y) {
   const int64_t xi = x >> 16, yi = y >> 16, xn = std::min<int64_t>(xi + 1, last);
   const int32_t wx = (x >> 11) & 31, wy = (y >> 11) & 31;
@@ -286,46 +272,30 @@ void ForEachResizedBlock(Picture& pic, int32_t sw, int32_t sh, int32_t dw, int32
     }
 }
 
-// RGB565 resize rows: each pixel pair a 32-bit value sign-extended to 64 bits.
-inline void RenderRsz(Canvas& cv, Picture& pic, const PixelFn& px, int32_t sw, int32_t sh, int32_t dw,
-                      int32_t dh, int64_t pitch, bool rowChroma) {
-  auto wide = [](uint32_t lo, uint32_t hi) { return uint64_t(int64_t(int32_t(lo | hi << 16))); };
-  ForEachResizedBlock(
-      pic, sw, sh, dw, dh, px,
-      [&](int32_t m, int32_t n, const uint32_t* b) {
-        cv.Put64(2 * n * pitch + 8 * m, wide(b[0], b[1]));
-        cv.Put64((2 * n + 1) * pitch + 8 * m, wide(b[2], b[3]));
-      },
-      rowChroma);
-}
-
-// Spread lines, blended field by field, or (red and blue exchanged) on whole
-// words as the interpolators do: their 6-bit red in the low field carries.
+// Spread lines, blended field by field, or (red and blue exchanged) on whole words as the interpolators do:
+// their 6-bit red in the low field carries.
 using Line = std::vector<uint64_t>;
 inline Line Blend(const Line& a, const Line& b, uint32_t wb, uint32_t total, bool words = false) {
   Line out(a.size());
-  const uint32_t wa = total - wb;
-  for (size_t x = 0; x < a.size(); ++x)
-    out[x] = words ? ((wa * a[x] + wb * b[x]) / total) & kMask
-                   : Spread((wa * RedOf(a[x]) + wb * RedOf(b[x])) / total,
-                            (wa * GreenOf(a[x]) + wb * GreenOf(b[x])) / total,
-                            (wa * BlueOf(a[x]) + wb * BlueOf(b[x])) / total);
+  for (size_t x = 0; x < a.size(); ++x) {
+    const Sums s = FieldSums({{total - wb, a[x]}, {wb, b[x]}});
+    out[x] = words ? (((total - wb) * a[x] + wb * b[x]) / total) & kMask
+                   : Spread(s.r / total, s.g / total, s.b / total);
+  }
   return out;
 }
-// Spread source row r converted with chroma row c.
 inline Line SpreadRow(const Tables& t, Picture& pic, int32_t sw, int64_t r, int64_t c, bool bgr) {
   Line l(sw);
   for (int32_t x = 0; x < sw; ++x) l[x] = RefSpread(t, pic.Y(x, r), pic.Cb(x / 2, c), pic.Cr(x / 2, c), bgr);
   return l;
 }
 
-// The output rows of the line-buffer enlargements (source orientation), as the
-// weighted pixels of each output pixel.
+// The output rows of the line-buffer enlargements (source orientation), as the weighted pixels of each output
+// pixel.
 using PhaseRows = std::vector<std::vector<Terms>>;
 
-// The line cache: slots A, B, C tagged with rows; a pair that starts at row r
-// is converted with chroma row r >> 1 for both rows. Output row j lies at
-// j * step, blended from the rows either side.
+// The line cache: slots A, B, C tagged with rows; a pair that starts at row r is converted with chroma row r
+// >> 1 for both rows. Output row j lies at j * step, blended from the rows either side.
 template <class Stretch>
 PhaseRows CachedRows(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dh, bool bgr,
                      Stretch stretch) {
@@ -347,8 +317,8 @@ PhaseRows CachedRows(const Tables& t, Picture& pic, int32_t sw, int32_t sh, int3
   return rows;
 }
 
-// Horizontal stretches of a spread line, as the weighted pixels (over 32) of
-// each output pixel. Linear: the entry past the line only ever gets weight 0.
+// Horizontal stretches of a spread line, as the weighted pixels (over 32) of each output pixel. Linear: the
+// entry past the line only ever gets weight 0.
 inline std::vector<Terms> LinearPhases(const Line& l, uint32_t step, int32_t dw) {
   std::vector<Terms> out(2 * std::max(1, dw / 2));
   for (size_t k = 0; k < out.size(); ++k) {
@@ -358,9 +328,8 @@ inline std::vector<Terms> LinearPhases(const Line& l, uint32_t step, int32_t dw)
   }
   return out;
 }
-// Fixed ratios: each round of `in` pixels gives one output per phase {i, w}:
-// w/32 of pixel i and the rest of pixel i + 1; past the whole rounds of four
-// pixels the last one stands in.
+// Fixed ratios: each round of `in` pixels gives one output per phase {i, w}: w/32 of pixel i and the rest of
+// pixel i + 1; past the whole rounds of four pixels the last one stands in.
 inline std::vector<Terms> Fixed(const Line& l, int32_t in,
                                 std::initializer_list<std::pair<int32_t, uint32_t>> ph) {
   const int32_t rounds = std::max<int32_t>(1, l.size() >> 2), last = 4 * rounds - 1;
@@ -378,8 +347,8 @@ inline std::vector<Terms> Phases25(const Line& l) {
   return Fixed(l, 2, {{0, 32}, {0, 20}, {0, 7}, {1, 26}, {1, 19}});
 }
 
-// Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1,
-// in whole groups of 4 rows; the last group's second pair lies past the picture.
+// Output row 2k is source row k, row 2k + 1 the average of rows k and k + 1, in whole groups of 4 rows; the
+// last group's second pair lies past the picture.
 inline PhaseRows Case1Phases(const Tables& t, Picture& pic, int32_t sw, int32_t dh, bool bgr) {
   const int32_t groups = (dh - 1) / 4 + 1;
   std::vector<Line> src;
@@ -391,8 +360,8 @@ inline PhaseRows Case1Phases(const Tables& t, Picture& pic, int32_t sw, int32_t 
   }
   return rows;
 }
-// 320x240 to 480x272: output row k of band b blends source rows 15b + row and
-// the one after by w/8, then stretches by 1.5.
+// 320x240 to 480x272: output row k of band b blends source rows 15b + row and the one after by w/8, then
+// stretches by 1.5.
 inline PhaseRows Case3Phases(const Tables& t, Picture& pic) {
   constexpr int32_t kRow[17] = {0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 13, 14};
   constexpr uint32_t kWeight[17] = {0, 7, 6, 5, 4, 3, 2, 1, 0, 0, 7, 6, 5, 4, 3, 2, 1};
@@ -406,8 +375,8 @@ inline PhaseRows Case3Phases(const Tables& t, Picture& pic) {
   return rows;
 }
 
-// RGB565 line of source row r as the nearest kernels hold it: converted with
-// its pair's chroma row, directly or doubled across by averaging.
+// RGB565 line of source row r as the nearest kernels hold it: converted with its pair's chroma row, directly
+// or doubled across by averaging.
 inline std::vector<uint16_t> NearestLine(const Tables& t, Picture& pic, int32_t sw, int64_t r, bool doubled) {
   std::vector<uint16_t> out;
   uint64_t prev = 0;
@@ -424,9 +393,9 @@ inline std::vector<uint16_t> NearestLine(const Tables& t, Picture& pic, int32_t 
   }
   return out;
 }
-// Output row j shows source row floor(j * sh / dh) sampled at columns
-// floor(k * lineWidth / dw); a row showing the same source row as the one
-// before is a copy of that row's first dw * 2 bytes (half of its wide row).
+// Output row j shows source row floor(j * sh / dh) sampled at columns floor(k * lineWidth / dw); a row
+// showing the same source row as the one before is a copy of that row's first dw * 2 bytes (half of its wide
+// row).
 inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw, int32_t sh, int32_t dw,
                           int32_t dh, int32_t pitch, bool doubled) {
   const int64_t rowBytes = WideRow(pitch);
@@ -451,10 +420,9 @@ inline void RenderNearest(Canvas& cv, const Tables& t, Picture& pic, int32_t sw,
   }
 }
 
-// ---- Any kernel of any family ------------------------------------------------
 enum class Fam { Rgb565, Argb, Abgr, Rgb888 };
-// Members of a family (the kernels of one packing): same size, any ratio,
-// line-buffer enlargements, fixed ratios, then the 4:2:2 and 4:4:4 ones.
+// Members of a family (the kernels of one packing): same size, any ratio, line-buffer enlargements, fixed
+// ratios, then the 4:2:2 and 4:4:4 ones.
 struct M {
   static constexpr int Plain = 0, Rgb555 = 1, Rot = 2, Rsz = 3, RszRot = 4, RszUp = 5, Nearest = 6,
                        NearLinear = 7, RszUpRot = 8, Case1 = 9, Case2 = 10, Case3 = 11, Plain422 = 12,
@@ -472,9 +440,8 @@ struct KRun {  // dw x dh = sw x sh for the same-size members
 inline bool Is32(Fam f) { return f == Fam::Argb || f == Fam::Abgr; }
 inline int64_t PixelBytes(Fam f) { return f == Fam::Rgb565 ? 2 : f == Fam::Rgb888 ? 3 : 4; }
 
-// Least row bytes plus the pad: block members in whole blocks (32-bit pixels
-// in 64-bit words, RGB565 resize pairs in 64-bit words); the line members'
-// pitches are the ones whose doubled spacing they use.
+// Least row bytes plus the pad: block members in whole blocks (32-bit pixels in 64-bit words, RGB565 resize
+// pairs in 64-bit words); the line members' pitches are the ones whose doubled spacing they use.
 inline int32_t PitchOf(const KRun& r) {
   const bool same = r.m == M::Plain || r.m == M::Rgb555 || r.m == M::Rot || r.m == M::Plain422;
   const bool block = same || r.m == M::Rsz || r.m == M::Rsz422 || r.f != Fam::Rgb565;
@@ -495,8 +462,7 @@ inline uint32_t KeyOf(Picture& pic, int32_t x, int32_t y) {
          pic.C(2, x / 2, y / 2, pic.stride(1));
 }
 
-// Draws what member r.m of family r.f writes, rows `pitch` bytes apart
-// (rotating members: through `ro`).
+// Draws what member r.m of family r.f writes, rows `pitch` bytes apart (rotating members: through `ro`).
 inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int32_t pitch,
                    const RecordOffsets& ro, uint32_t key) {
   const uint32_t a = Is32(r.f) ? (r.alpha & 0xFF) << 24 : 0;
@@ -510,8 +476,8 @@ inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int
     if (Is32(r.f)) return c.Put64(at, static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(v))));
     c.Put(at, &v, static_cast<size_t>(PixelBytes(r.f)));
   };
-  // Rows of the block members: 32-bit pixels at 8c and 8c + 4, row pairs
-  // (pitch / 2) x 8 bytes apart; others plain.
+  // Rows of the block members: 32-bit pixels at 8c and 8c + 4, row pairs (pitch / 2) x 8 bytes apart; others
+  // plain.
   const RecordOffsets rows = Is32(r.f)
                                  ? RecordOffsets{16, int32_t((pitch >> 1) * 8), {0, 4, pitch, pitch + 4}}
                                  : MakeOffsets(0, 0, 0, pitch, PixelBytes(r.f));
@@ -523,18 +489,18 @@ inline void Render(const KRun& r, Canvas& cv, const Tables& t, Picture& pic, int
     case M::Rot:
       return RenderBlocks(cv, pic, r.sw, r.sh, r.m == M::Rot ? ro : rows, px, put);
     case M::Rsz:
-      if (r.f == Fam::Rgb565) return RenderRsz(cv, pic, px, r.sw, r.sh, r.dw, r.dh, pitch, false);
-      [[fallthrough]];
+    case M::Rsz422:
     case M::RszRot: {
       const RecordOffsets& o = r.m == M::RszRot ? ro : rows;
       const int64_t col = (o.stepX >> 1) * 2, row = (o.stepY >> 1) * 2;
-      return ForEachResizedBlock(pic, r.sw, r.sh, r.dw, r.dh, px,
-                                 [&](int32_t m, int32_t n, const uint32_t* b) {
-                                   for (int i = 0; i < 4; ++i) put(cv, o.pix[i] + m * col + n * row, b[i]);
-                                 });
+      const bool pairs = r.f == Fam::Rgb565 && r.m != M::RszRot;  // pairs as sign-extended 64-bit words
+      auto block = [&](int32_t m, int32_t n, const uint32_t* b) {
+        for (int i = 0; i < 4 && !pairs; ++i) put(cv, o.pix[i] + m * col + n * row, b[i]);
+        for (int i = 0; i < 2 && pairs; ++i)
+          cv.Put64((2 * n + i) * pitch + 8 * m, uint64_t(int64_t(int32_t(b[2 * i] | b[2 * i + 1] << 16))));
+      };
+      return ForEachResizedBlock(pic, r.sw, r.sh, r.dw, r.dh, px, block, r.m == M::Rsz422);
     }
-    case M::Rsz422:
-      return RenderRsz(cv, pic, px, r.sw, r.sh, r.dw, r.dh, pitch, true);
     case M::Nearest:
     case M::NearLinear:
       return RenderNearest(cv, t, pic, r.sw, r.sh, r.dw, r.dh, pitch, r.m == M::NearLinear);
