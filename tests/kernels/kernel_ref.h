@@ -129,7 +129,6 @@ class Picture {
     }
   }
   uint8_t Y(int64_t x, int64_t y) const { return Read(0, y * strides_[0] + x); }
-  // Chroma sample (x, y) of plane 1 or 2, addressed with the given stride.
   uint8_t C(int plane, int64_t x, int64_t y, uint32_t stride) const { return Read(plane, y * stride + x); }
   uint8_t Cb(int64_t x, int64_t y) const { return C(1, x, y, strides_[1]); }
   uint8_t Cr(int64_t x, int64_t y) const { return C(2, x, y, strides_[2]); }

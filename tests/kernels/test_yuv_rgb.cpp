@@ -96,6 +96,7 @@ std::vector<KRun> DirectRuns() {
     add(M::Rgb555, size, {0}, {w % 3});
     add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
   }
+  add(M::Rot, {{260, 3, 260, 3}}, {1, 4}, {2});  // rotated rows are converted 64 blocks at a time
   const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9}, {8, 8, 1, 1},
                     {8, 6, 1, 5},       {9, 7, 5, 3},   {4, 4, 4, 4},  {32, 18, 48, 26}};
   add(M::Rsz, rsz, {0}, {8});
