@@ -48,9 +48,8 @@ TEST(Create, RecordSizeRules) {
         Instance inst = Instance::Of(p);
         ASSERT_EQ(inst.result(), IMGPRC_OK);
         const uint32_t wantM = size == 48 && m < 4 ? m : 0, wantR = size == 48 && r < 2 ? r : 0;
-        EXPECT_EQ(inst.ctx()->matrixIndex * 2 + inst.ctx()->fullRange, wantM * 2 + wantR) << m << r << size;
-        EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + wantM * 48 + wantR * 12);
-        EXPECT_EQ(inst.ctx()->rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24);
+        // The RGB to YCbCr block follows the YCbCr to RGB one: this pins both, matrix and range.
+        EXPECT_EQ(inst.ctx()->rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24) << m << r << size;
       }
     }
   }
@@ -107,19 +106,17 @@ TEST(Create, AcceptsTheListedConversionsAndRotations) {
   EXPECT_EQ(Instance({0x00A, 16, 8, 64, 8}).result(), IMGPRC_OK);  // resized RGB555 is accepted
 }
 
-// Same size once rounded to even: 0. The fast cases (2 x 2: 4, 2.5 x 2: 5,
-// 320x240 to 480x272: 7 before 1.5 wide: 6, whatever the height) only with
-// method 1, unrotated, every work size a multiple of 4; otherwise enlarge 2,
-// shrink 3 or mixed 1.
+// Fast cases (2 x 2: 4, 2.5 x 2: 5, 320x240 to 480x272: 7, 1.5 wide: 6) only with
+// method 1, unrotated, every work size a multiple of 4; otherwise enlarge 2, shrink 3
+// or mixed 1. The kernel tests' routes pin the plain cases; these are the edges.
 TEST(Create, ClassifiesTheResize) {
   const struct {
     uint32_t sw, sh, dw, dh, mode, rotation, want;
-  } cases[] = {{176, 144, 176, 144, 1, 0, 0}, {177, 145, 176, 144, 1, 0, 0}, {176, 144, 352, 288, 1, 0, 4},
-               {176, 144, 352, 288, 0, 0, 2}, {176, 144, 352, 288, 2, 0, 2}, {176, 144, 352, 288, 1, 3, 2},
-               {128, 96, 320, 192, 1, 0, 5},  {320, 240, 480, 272, 1, 0, 7}, {320, 240, 480, 272, 1, 1, 2},
-               {320, 240, 480, 200, 1, 0, 6}, {320, 240, 480, 480, 1, 0, 6}, {322, 240, 483, 360, 1, 0, 2},
-               {352, 288, 176, 144, 1, 0, 3}, {352, 288, 400, 100, 1, 0, 1}, {352, 288, 352, 300, 1, 0, 1},
-               {352, 288, 200, 288, 1, 0, 1}, {178, 144, 356, 288, 1, 0, 2}, {352, 288, 352, 200, 1, 0, 1}};
+  } cases[] = {{176, 144, 352, 288, 1, 0, 4}, {176, 144, 352, 288, 0, 0, 2}, {176, 144, 352, 288, 2, 0, 2},
+               {176, 144, 352, 288, 1, 3, 2}, {320, 240, 480, 272, 1, 1, 2}, {320, 240, 480, 200, 1, 0, 6},
+               {320, 240, 480, 480, 1, 0, 6}, {322, 240, 483, 360, 1, 0, 2}, {352, 288, 352, 300, 1, 0, 1},
+               {352, 288, 200, 288, 1, 0, 1}, {178, 144, 356, 288, 1, 0, 2}, {352, 288, 352, 200, 1, 0, 1},
+               {200, 288, 352, 288, 1, 0, 1}, {20, 16, 30, 16, 1, 0, 1}};
   for (const auto& c : cases) {
     Instance inst({0x000, c.sw, c.sh, c.dw, c.dh, c.rotation, c.mode});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
