@@ -1,5 +1,4 @@
-// Colour tables: coefficients, range tables for every matrix and range with and
-// without adjustment, YCbCr adjustment tables, the colour key; against a small
+// Coefficients, range and adjustment tables, the colour key: against a small
 // double-precision reference with its own copy of the coefficients.
 #include <gtest/gtest.h>
 #include <math.h>

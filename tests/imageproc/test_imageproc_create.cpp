@@ -1,5 +1,5 @@
 // Creation and destruction: record rules, accepted conversions, resize cases, owned
-// buffers, clean-up on every failure path; the rotation set-up against a plain rotation.
+// buffers, clean-up on every failure path; the rotation set-up's refusals.
 #include <gtest/gtest.h>
 #include <stdint.h>
 #include <string.h>
@@ -11,7 +11,6 @@
 #include "imageproc/pipeline.h"
 #include "imageproc/rotation.h"
 #include "imageproc_test_util.h"
-#include "support/pictures.h"
 
 namespace {
 
@@ -25,10 +24,7 @@ TEST(InterfaceId, HoldsTheTwentyFourBytes) {
 TEST(Create, OutHandleMustHoldNull) {
   ImgPrcCreateParams p = MakeParams({});
   void* handle = &p;
-  const unsigned long allocations = ImgPrcAllocationCount();
   EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, &p), IMGPRC_E_INVALIDARG);
-  EXPECT_EQ(handle, static_cast<void*>(&p));
-  EXPECT_EQ(ImgPrcAllocationCount(), allocations);
   EXPECT_EQ(ORU_IMAGEPROC_Create(nullptr, 0, &p), IMGPRC_E_INVALIDARG);
   handle = nullptr;
   EXPECT_EQ(ORU_IMAGEPROC_Create(&handle, 0, nullptr), IMGPRC_E_INVALIDARG);
@@ -49,9 +45,8 @@ TEST(Create, RecordSizeRules) {
         Instance inst = Instance::Of(p);
         ASSERT_EQ(inst.result(), IMGPRC_OK);
         const uint32_t wantM = size == 48 && m < 4 ? m : 0, wantR = size == 48 && r < 2 ? r : 0;
-        EXPECT_EQ(inst.ctx()->matrixIndex * 2 + inst.ctx()->fullRange, wantM * 2 + wantR) << m << r << size;
-        EXPECT_EQ(inst.ctx()->yuvToRgbCoef, csc_coef + wantM * 48 + wantR * 12);
-        EXPECT_EQ(inst.ctx()->rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24);
+        // The RGB to YCbCr block follows the YCbCr to RGB one: this pins both, matrix and range.
+        EXPECT_EQ(inst.ctx()->rgbToYuvCoef, csc_coef + wantM * 48 + wantR * 12 + 24) << m << r << size;
       }
     }
   }
@@ -63,18 +58,15 @@ TEST(Create, RecordSizeRules) {
   EXPECT_EQ(ctx->resizeCase, 1u);  // 16x0 to 0x0: width shrinks, height does not
 }
 
-// Work sizes are all four sizes rounded down to even, the alpha kept whole, the
-// deinterlace area the source width aligned to 16 by the source height. (The other
-// fields are seen in the frames; the starting adjustment in its lifetime steps.)
+// Work sizes: the four sizes rounded down to even; the alpha whole; the deinterlace
+// area the source width aligned to 16 by the source height. (Other fields: frames.)
 TEST(Create, StoresTheRecord) {
   const ImgPrcCreateParams p = {48, 0x000, 4, 3, 33, 21, 65, 41, 0x1280, 0x00EB8080, 1, 0};
   Instance inst = Instance::Of(p);
   const ImgPrcContext* c = inst.ctx();
-  ASSERT_NE(c, nullptr);
   EXPECT_EQ((std::vector<uint32_t>{c->alpha, c->workSrcWidth, c->workSrcHeight, c->workDstWidth,
                                    c->workDstHeight, c->deintStride, c->deintHeight}),
             (std::vector<uint32_t>{0x1280, 32, 20, 64, 40, 48, 21}));
-  ASSERT_NE(c->rotationRecord, nullptr);
   EXPECT_EQ(c->rotationRecordSize, 80u);
 }
 
@@ -108,19 +100,17 @@ TEST(Create, AcceptsTheListedConversionsAndRotations) {
   EXPECT_EQ(Instance({0x00A, 16, 8, 64, 8}).result(), IMGPRC_OK);  // resized RGB555 is accepted
 }
 
-// Same size once rounded to even: 0. The fast cases (2 x 2: 4, 2.5 x 2: 5,
-// 320x240 to 480x272: 7 before 1.5 wide: 6, whatever the height) only with
-// method 1, unrotated, every work size a multiple of 4; otherwise enlarge 2,
-// shrink 3 or mixed 1.
+// Fast cases (2 x 2: 4, 2.5 x 2: 5, 320x240 to 480x272: 7, 1.5 wide: 6) only with
+// method 1, unrotated, every work size a multiple of 4; otherwise enlarge 2, shrink 3
+// or mixed 1. The kernel tests' routes pin most plain cases; these are the edges.
 TEST(Create, ClassifiesTheResize) {
   const struct {
     uint32_t sw, sh, dw, dh, mode, rotation, want;
-  } cases[] = {{176, 144, 176, 144, 1, 0, 0}, {177, 145, 176, 144, 1, 0, 0}, {176, 144, 352, 288, 1, 0, 4},
-               {176, 144, 352, 288, 0, 0, 2}, {176, 144, 352, 288, 2, 0, 2}, {176, 144, 352, 288, 1, 3, 2},
-               {128, 96, 320, 192, 1, 0, 5},  {320, 240, 480, 272, 1, 0, 7}, {320, 240, 480, 272, 1, 1, 2},
-               {320, 240, 480, 200, 1, 0, 6}, {320, 240, 480, 480, 1, 0, 6}, {322, 240, 483, 360, 1, 0, 2},
-               {352, 288, 176, 144, 1, 0, 3}, {352, 288, 400, 100, 1, 0, 1}, {352, 288, 352, 300, 1, 0, 1},
-               {352, 288, 200, 288, 1, 0, 1}, {178, 144, 356, 288, 1, 0, 2}, {352, 288, 352, 200, 1, 0, 1}};
+  } cases[] = {{176, 144, 352, 288, 1, 0, 4}, {176, 144, 352, 288, 0, 0, 2}, {176, 144, 352, 288, 2, 0, 2},
+               {176, 144, 352, 288, 1, 3, 2}, {320, 240, 480, 272, 1, 1, 2}, {320, 240, 480, 200, 1, 0, 6},
+               {320, 240, 480, 480, 1, 0, 6}, {322, 240, 483, 360, 1, 0, 2}, {352, 288, 352, 300, 1, 0, 1},
+               {352, 288, 200, 288, 1, 0, 1}, {178, 144, 356, 288, 1, 0, 2}, {352, 288, 352, 200, 1, 0, 1},
+               {200, 288, 352, 288, 1, 0, 1}, {20, 16, 30, 16, 1, 0, 1},     {320, 240, 480, 272, 1, 0, 7}};
   for (const auto& c : cases) {
     Instance inst({0x000, c.sw, c.sh, c.dw, c.dh, c.rotation, c.mode});
     ASSERT_EQ(inst.result(), IMGPRC_OK);
@@ -143,7 +133,6 @@ TEST(Capability, CodesBelow0x300ExceptThePackedYCbCrOutputs) {
     const bool supported = code <= 767 && code != 6 && code != 7 && code != 8;
     EXPECT_EQ(_CheckCapability_depend(code, code % 8), supported ? 0 : -3) << std::hex << code;
   }
-  EXPECT_EQ(_CheckCapability_depend(0xFFFFFFFF, 0), -3);
 }
 
 // Creation allocates, in order: the instance, the deinterlace area, the range
@@ -190,80 +179,23 @@ TEST(Destroy, FreesEverythingTheInstanceOwns) {
   EXPECT_EQ(ORU_IMAGEPROC_Destroy(nullptr), IMGPRC_E_INVALIDARG);
 }
 
-struct Target {
-  ImgPrcRotationRecord rec;
-  ImgPrcContext ctx;
-  Target(uint32_t format, uint32_t rotation) {
-    memset(&rec, 0xCD, sizeof rec);
-    memset(&ctx, 0, sizeof ctx);
-    ctx.format = format;
-    ctx.rotation = rotation;
-    ctx.rotationRecord = &rec;
-    ctx.rotationRecordSize = sizeof rec;
-  }
-};
-
-// Byte offset of source pixel (x, y) of a w x h picture once turned, in a
-// destination of `stride` bytes a row, `rowPixels` pixels of `size` bytes.
-long Placed(uint32_t rotation, int x, int y, int w, int h, int rowPixels, long stride, long size) {
-  int col, row;
-  scrimtest::Rotated(rotation, x, y, rotation == 3 ? rowPixels : w, h, &col, &row);
-  return row * stride + col * size;
-}
-
-// Planar output (code 0: three planes, chroma halved) and the packed outputs
-// (pixel pairs addressed from four corners).
-TEST(RotationInit, EveryOrientationPutsEachSampleInPlace) {
-  const long pixelSizes[11] = {1, 0, 0, 2, 3, 4, 0, 0, 0, 4, 2};
-  const int w = 8, h = 6, rowPixels = 10;  // rows wider than either orientation needs
-  for (uint32_t code : {0u, 3u, 4u, 5u, 9u, 10u}) {
-    for (uint32_t rotation = 0; rotation <= 5; ++rotation) {
-      Target s(code, rotation);
-      const long size = pixelSizes[code];
-      uint32_t strides[3] = {static_cast<uint32_t>(rowPixels * size), 11, 13};  // differ per plane
-      std::vector<uint8_t> dst(strides[0] * 10), cb(11 * 4), cr(13 * 4);
-      uint8_t* planes[3] = {dst.data(), cb.data(), cr.data()};
-      ASSERT_EQ(_ORU_RotationInit(&s.ctx, planes, w, h, strides), 0);
-      const ImgPrcRotationRecord& r = s.rec;
-      uint8_t *starts[3] = {r.yStart, r.cbStart, r.crStart},
-              *pix[2][2] = {{r.pix00, r.pix01}, {r.pix10, r.pix11}};
-      const int32_t stepX[3] = {r.stepX, r.cbStepX, r.crStepX}, stepY[3] = {r.stepY, r.cbStepY, r.crStepY};
-      for (int p = 0; p < (code ? 1 : 3); ++p) {
-        const int pw = p ? w / 2 : w, ph = p ? h / 2 : h;
-        for (int y = 0; y < ph; ++y) {
-          for (int x = 0; x < pw; ++x) {
-            uint8_t* got = code ? pix[x % 2][y % 2] + x / 2 * r.stepX + y / 2 * r.stepY
-                                : starts[p] + x * stepX[p] + y * stepY[p];
-            ASSERT_EQ(got,
-                      planes[p] + Placed(rotation, x, y, pw, ph, code ? rowPixels : pw, strides[p], size))
-                << "output " << code << " rotation " << rotation << " plane " << p << " at " << x << "," << y;
-          }
-        }
-      }
-    }
-  }
-}
-
-// Inputs 1 and 2 carry no rotation of their own; the packed YCbCr outputs are
-// accepted though no route rotates them. A refusal leaves the record alone.
+// What frames cannot reach (they check every orientation): rotation 6, no layout, no record.
 TEST(RotationInit, AcceptsAndRejects) {
   uint8_t buf[64];
   uint8_t* planes[3] = {buf, buf, buf};
   uint32_t strides[3] = {16, 8, 8};
+  ImgPrcRotationRecord rec;
+  ImgPrcContext ctx = {};
   const struct {
     uint32_t format, rotation;
     int want;
-  } cases[] = {{0x101, 0, -3}, {0x102, 0, -3}, {0x00B, 0, -3}, {0x000, 6, -3},
-               {0x003, 7, -3}, {0x006, 1, 0},  {0x007, 1, 0},  {0x008, 1, 0}};
+  } cases[] = {{0x101, 0, -3}, {0x00B, 0, -3}, {0x000, 6, -3}, {0x007, 1, 0}};
   for (const auto& c : cases) {
-    Target s(c.format, c.rotation);
-    const ImgPrcRotationRecord before = s.rec;
-    EXPECT_EQ(_ORU_RotationInit(&s.ctx, planes, 4, 2, strides), c.want) << std::hex << c.format;
-    EXPECT_TRUE(c.want == 0 || memcmp(&before, &s.rec, sizeof before) == 0);
+    ctx.format = c.format, ctx.rotation = c.rotation, ctx.rotationRecord = &rec;
+    EXPECT_EQ(_ORU_RotationInit(&ctx, planes, 4, 2, strides), c.want) << std::hex << c.format;
   }
-  Target s(0x000, 0);
-  s.ctx.rotationRecord = nullptr;
-  EXPECT_EQ(_ORU_RotationInit(&s.ctx, planes, 4, 4, strides), -1);
+  ctx.rotationRecord = nullptr;
+  EXPECT_EQ(_ORU_RotationInit(&ctx, planes, 4, 4, strides), -1);
   EXPECT_EQ(_ORU_RotationInit(nullptr, planes, 4, 4, strides), -1);
 }
 

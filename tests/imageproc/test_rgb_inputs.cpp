@@ -125,9 +125,8 @@ TEST(RgbToYCbCr, FramesPlainAndRotated) {
   }
 }
 
-// RGB565 and RGB888 (bytes B, G, R) resized bilinearly with 5-bit weights,
-// the row below and the column right clamped; the destination is tight, so
-// that every rotation lays the picture exactly as the planar ones do.
+// RGB565 and RGB888 (bytes B, G, R) resized bilinearly, 5-bit weights, row below and column
+// right clamped; a tight destination, so every rotation lays it out as the planar ones do.
 TEST(RgbToRgb, ResizedAndRotatedThroughTheFrameCall) {
   const int sizes[][4] = {{10, 6, 14, 8}, {12, 8, 6, 4}, {6, 4, 6, 4}};
   Rng rng(21);
