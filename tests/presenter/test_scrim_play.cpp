@@ -73,13 +73,10 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
   const struct {
     std::string content, message;
   } cases[] = {
-      {"", "not a Y4M file"},
       {"YUV4MPEG W2 H2\n", "not a Y4M file"},
       {"YUV4MPEG2W2 H2\n", "odd header: \"YUV4MPEG2\" is not followed by a space"},
       {"YUV4MPEG2 W2 H2 C422\n", "not 8-bit 4:2:0 (colour space \"422\")"},
-      {"YUV4MPEG2 W2 H2 C420p10\n", "not 8-bit 4:2:0"},
       {"YUV4MPEG2 H2\n", "odd header: the picture size (W and H) is missing"},
-      {"YUV4MPEG2\n", "odd header: the picture size"},
       {"YUV4MPEG2 W0 H2\n", "odd header: bad picture width \"W0\""},
       {"YUV4MPEG2 W2 Hx\n", "odd header: bad picture height \"Hx\""},
       {"YUV4MPEG2 W99999 H2\n", "odd header: bad picture width"},
@@ -87,8 +84,6 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
       {"YUV4MPEG2 W2 H2 Iq\n", "odd header: bad interlacing"},
       {"YUV4MPEG2 W2 H2 Z7\n", "odd header: unknown field \"Z7\""},
       {"YUV4MPEG2 W2 H2", "odd header: no end of line"},
-      {h + "FRAME\n" + PictureBytes(4, 2, 'A').substr(0, 10), "picture 0 is cut short"},
-      {h + "FRAME\n" + PictureBytes(4, 2, 'A') + "FRAMEX\n", "picture 1: expected \"FRAME\""},
       {h + "JUNK\n", "picture 0: expected \"FRAME\", found \"JUNK\""},
       {h + "FRAME", "picture 0: damaged FRAME line"},
       {h + "FRAME\v\n", "picture 0: expected \"FRAME\", found \"FRAME\\x0B\""},
@@ -108,9 +103,6 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
     EXPECT_EQ(0u, r.error().find(f.path + ": "));
     EXPECT_LT(p.y.size(), 100u);
   }
-  Y4mReader missing;
-  EXPECT_FALSE(missing.open("/nonexistent/scrim.y4m"));
-  EXPECT_NE(std::string::npos, missing.error().find("cannot open"));
 }
 
 TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
