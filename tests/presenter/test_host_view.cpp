@@ -114,10 +114,8 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
   ASSERT_NE(nullptr, Lib()) << dlerror();
   auto version = reinterpret_cast<PFN_getVersion>(dlsym(Lib(), "getVersion"));
   ASSERT_NE(nullptr, version);
-  const std::string v = version(), suffix = "ScrimPresent Version:1.0.10461.1";
-  EXPECT_TRUE(v.size() >= suffix.size() && v.compare(v.size() - suffix.size(), suffix.size(), suffix) == 0 &&
-              v.find('\n') == std::string::npos)
-      << v;
+  EXPECT_TRUE(std::regex_match(version(), std::regex("[^\n]*ScrimPresent Version:1\\.0\\.10461\\.1")))
+      << version();
   std::istringstream exported(
       "IID_IUnknown IID_IKvVideoPresenter IID_IKvVideoPresenterAdv IID_IKvVideoPresenterStream "
       "IID_IKvVideoPresenterAnimation IID_IKvFont IID_IOruvmVideoMixer IID_IOruvmVideoContext "
@@ -130,7 +128,7 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
     EXPECT_EQ(nullptr, dlsym(Lib(), name)) << name;
 }
 
-TEST_F(HostView, LifecycleAndRender) {
+TEST_F(HostView, LifecycleRenderAndLookup) {
   VP_OpenOptionsAdv o{};
   // Set needs the open state; Render answers 0 only while open and shown.
   EXPECT_EQ((std::vector<KVRESULT>{1, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_FAIL, KV_S_OK,
@@ -144,11 +142,8 @@ TEST_F(HostView, LifecycleAndRender) {
             (std::vector<KVRESULT>{Set(KV_PROPID_VP_SHOW, int32_t(0)), p_->Render(0),
                                    Set(KV_PROPID_VP_SHOW, int32_t(1)), p_->Render(0xFFFF), p_->Close(),
                                    p_->Render(0), p_->Close(), p_->Open(&o, 80), p_->Render(0)}));
-}
-
-// Lookup itself is CKvUnknown's (test_component_base): here, that the presenter
-// forwards to it and where the reference-counting part sits.
-TEST_F(HostView, LookupAndReferenceCounts) {
+  // Lookup itself is CKvUnknown's (test_presenter_stream): here, that the
+  // presenter forwards to it and where the reference-counting part sits.
   void* out = nullptr;
   EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterAdv"), &out));
   EXPECT_EQ(KV_S_OK, p_->QueryInterface(Iid("IID_IUnknown"), &out));
@@ -189,14 +184,13 @@ TEST_F(HostView, Properties) {
   for (int i = 0; i < 16; ++i) EXPECT_EQ(33 + i, part[i]);
 
   const RECT dst = {1, 2, 300, 200}, src = {-4, -3, 64, 48};
-  for (const RECT* r : {&dst, &src, &src})  // the source rectangle twice: the same one again
-    EXPECT_EQ(KV_S_OK, Set(r == &dst ? KV_PROPID_VP_DST_RECT : KV_PROPID_VP_SRC_RECT, *r));
+  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DST_RECT, dst));
+  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SRC_RECT, src));
   EXPECT_EQ(Edges(dst), Edges(Value<RECT>(2)));
   EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
   for (unsigned long id : {771ul, 1025ul, 1026ul}) {
     const long value = -1234567890123L - static_cast<long>(id);
-    EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_S_OK}),
-              (std::vector<KVRESULT>{Set(id, value), Set(id, value)}));
+    EXPECT_EQ(KV_S_OK, Set(id, value));
     EXPECT_EQ(value, Value<long>(id)) << id;
   }
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DEINTERLACE, uint32_t(2)));
