@@ -253,25 +253,22 @@ TEST_F(HostView, StreamStatesAndProperties) {
   uint8_t flag = 1, shown = 7;
   RECT r = {1, 2, 3, 4};
   // Closed: only the FOURCC may be set; Get checks its data pointer first.
-  EXPECT_EQ(
-      (std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
-                             KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
-                             KV_E_UNEXPECTED}),
-      (std::vector<KVRESULT>{s->Close(), s->Close(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
-                             set(4, nullptr, 8), set(4, &fourcc, 8), set(1, &flag, 1), set(1027, &mode, 4),
-                             set(999, &mode, 4), get(1, nullptr, 1, &size), get(1, &flag, 1, &size)}));
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
+                                   KV_S_OK, KV_E_UNEXPECTED, KV_E_POINTER, KV_E_UNEXPECTED}),
+            (std::vector<KVRESULT>{s->Close(), s->Close(), s->LockSurface(nullptr, nullptr),
+                                   s->UnlockSurface(), set(4, nullptr, 8), set(4, &fourcc, 8),
+                                   set(1, &flag, 1), get(1, nullptr, 1, &size), get(1, &flag, 1, &size)}));
   // Show reads back with a size of 32 although one byte is written; the
   // deinterlace mode has no size, and closing and opening again clears it.
   EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL,
-                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK,
-                                   KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
+                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK, KV_S_OK,
+                                   KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
             (std::vector<KVRESULT>{s->Open(), s->Open(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
                                    s->StartAnimation(nullptr), s->StopAnimation(), set(1, &flag, 1),
-                                   set(2, &r, sizeof r), set(778, nullptr, 8), set(3, &r, sizeof r),
-                                   get(1, &shown, 1, &showSize), get(1027, &before, 4, &modeSize),
-                                   set(1027, &mode, 4), get(1027, &after, 4, &modeSize),
-                                   get(2, &after, 4, &modeSize), s->Close(), s->Close(), s->Open(),
-                                   get(1027, &reopened, 4, &modeSize)}));
+                                   set(2, &r, sizeof r), set(778, nullptr, 8), get(1, &shown, 1, &showSize),
+                                   get(1027, &before, 4, &modeSize), set(1027, &mode, 4),
+                                   get(1027, &after, 4, &modeSize), get(2, &after, 4, &modeSize), s->Close(),
+                                   s->Close(), s->Open(), get(1027, &reopened, 4, &modeSize)}));
   EXPECT_EQ((std::vector<unsigned long>{1, 32, 0, 5, 0, 0}),
             (std::vector<unsigned long>{shown, showSize, before, after, modeSize, reopened}));
 }
@@ -342,24 +339,22 @@ TEST_F(HostView, PicturesInThePreferredFormatOfTheirTime) {
   ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, 0x3231564Eul));  // NV12
   IKvVideoPresenterStream* before = Stream(64, 48, 0x00000001);              // BT.709, video range, planar
   ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
-  for (int n = 0; n < 2; ++n) {
-    Picture p = Picture::I420(64, 48, n);
-    ASSERT_EQ(KV_S_OK, Present(before, p));
-    ASSERT_GT(a.last()->stride, 64);  // the window's rows are wider than the picture's
-    ExpectRGB565(p, a.last(), 1, 0);
-  }
+  Picture p = Picture::I420(64, 48, 0);
+  ASSERT_EQ(KV_S_OK, Present(before, p));
+  ASSERT_GT(a.last()->stride, 64);  // the window's rows are wider than the picture's
+  ExpectRGB565(p, a.last(), 1, 0);
   ASSERT_EQ(KV_S_OK, Destroy(before));
   EXPECT_EQ(2, a.refs());  // the stream's renderer went with it
   IKvVideoPresenterStream* after = Stream(80, 36, 0);
   for (int n = 0; n < 2; ++n) {
-    Picture p = Picture::I420(80, 36, 10 + n);
+    p = Picture::I420(80, 36, 10 + n);
     ASSERT_EQ(KV_S_OK, Present(after, p));
     ExpectYV12(p, (n ? b : a).last());
     unsigned long none = 0;
     ASSERT_EQ(KV_S_OK, after->Set(Iid("IID_IKvVideoPresenterStream"), 4, nullptr, 0, &none, 8));
     ASSERT_EQ(KV_S_OK, SetSurface(b.get()));
   }
-  EXPECT_EQ(3u, a.posted());
+  EXPECT_EQ(2u, a.posted());
 }
 
 TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {

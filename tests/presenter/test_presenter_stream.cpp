@@ -210,24 +210,21 @@ TEST_F(Stream, DelayCountsFromTheEntryOfPresent) {
   CScrimPresentStream* s = Make(w.get(), 0, 64, 48);
   ASSERT_EQ(KV_S_OK, Present(s, p));  // set-up outside the measured calls
   g_recordSleeps = true;
-  for (int i = 0; i < 3; ++i) {
-    g_sleeps.clear();
-    const int64_t entry = NowUs();
-    ASSERT_EQ(KV_S_OK, Present(s, p, 40));
-    const int64_t exit = NowUs();
-    ASSERT_EQ(1u, g_sleeps.size());
-    // The sleep is what the conversion left of the 40 ms.
-    EXPECT_LE(g_sleeps[0], 40000u);
-    EXPECT_GE(static_cast<int64_t>(g_sleeps[0]), 40000 - (exit - entry));
-    const int64_t posted = w.last()->postedUs - entry;
-    EXPECT_TRUE(posted >= 40000 && posted < 40000 + 100000) << posted;  // a shared, noisy machine
-  }
+  const int64_t entry = NowUs();
+  ASSERT_EQ(KV_S_OK, Present(s, p, 40));
+  const int64_t exit = NowUs();
+  ASSERT_EQ(1u, g_sleeps.size());
+  // The sleep is what the conversion left of the 40 ms.
+  EXPECT_LE(g_sleeps[0], 40000u);
+  EXPECT_GE(static_cast<int64_t>(g_sleeps[0]), 40000 - (exit - entry));
+  const int64_t posted = w.last()->postedUs - entry;
+  EXPECT_TRUE(posted >= 40000 && posted < 40000 + 100000) << posted;  // a shared, noisy machine
   // No sleep for zero, negative or spent delays.
   g_sleeps.clear();
   for (long delay : {0L, -1L, -40L, -1000000L}) ASSERT_EQ(KV_S_OK, Present(s, p, delay));
   EXPECT_TRUE(g_sleeps.empty());
   g_recordSleeps = false;
-  EXPECT_EQ(8u, w.posted());
+  EXPECT_EQ(6u, w.posted());
   s->Release();
 }
 
