@@ -194,7 +194,6 @@ TEST_F(HostView, Properties) {
     EXPECT_EQ(value, Value<long>(id)) << id;
   }
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DEINTERLACE, uint32_t(2)));
-  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
   // Null data where it is checked; ids the presenter does not set, including those only Get answers.
   for (unsigned long id : {1ul, 2ul, 4ul})
     EXPECT_EQ(KV_E_POINTER, p_->Set(Iid("IID_IKvVideoPresenterAdv"), id, nullptr, 0, nullptr, 0)) << id;
