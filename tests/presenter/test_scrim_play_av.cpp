@@ -224,17 +224,13 @@ TEST(ScrimPlayAv, BadFilesGetClearMessages) {
   std::string unknown = good, damaged = good;
   unknown.replace(unknown.find("FFV1"), 4, "ZZZ1");  // the FOURCC that names the codec
   for (size_t i = good.size() / 2; i < good.size() / 2 + 4000; ++i) damaged[i] = static_cast<char>(i * 7);
-  const std::string wav(
-      "RIFF\x2c\0\0\0WAVEfmt "
-      "\x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x80\x3e\0\0\x02\0\x10\0data\x08\0\0\0\0\0\0\0\0\0\0\0",
-      52);
   const struct {
     const char *name, *args, *message;
     std::string content;
   } cases[] = {
       {"missing.mkv", "", "missing.mkv: cannot open: No such file or directory", ""},
       {"text.mkv", "", "text.mkv: not a media file FFmpeg can read", "just some text\n"},
-      {"sound.wav", "", "sound.wav: no video stream", wav},
+      {"words.srt", "", "words.srt: no video stream", "1\n00:00:00,000 --> 00:00:01,000\nsubtitles only\n"},
       {"good.mkv", "--stream 3", "good.mkv: there is no stream 3 \\(the file has 1\\)", good},
       {"unknown.mkv", "", "unknown.mkv: no decoder in this FFmpeg for the video codec \"ZZZ1\"", unknown},
       {"cut.mkv", "", "cut.mkv: damaged stream: .*; the 1[0-9] pictures that decoded were presented",
