@@ -221,9 +221,8 @@ TEST(ScrimPlayAv, BadFilesGetClearMessages) {
   Encode(kDir + "/good.mkv",
          {"ffv1", AV_PIX_FMT_YUV420P, 320, 240, 20, 10, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, false});
   const std::string good = Slurp(kDir + "/good.mkv");
-  std::string unknown = good, damaged = good;
+  std::string unknown = good;
   unknown.replace(unknown.find("FFV1"), 4, "ZZZ1");  // the FOURCC that names the codec
-  for (size_t i = good.size() / 2; i < good.size() / 2 + 4000; ++i) damaged[i] = static_cast<char>(i * 7);
   const struct {
     const char *name, *args, *message;
     std::string content;
@@ -235,7 +234,6 @@ TEST(ScrimPlayAv, BadFilesGetClearMessages) {
       {"unknown.mkv", "", "unknown.mkv: no decoder in this FFmpeg for the video codec \"ZZZ1\"", unknown},
       {"cut.mkv", "", "cut.mkv: damaged stream: .*; the 1[0-9] pictures that decoded were presented",
        good.substr(0, good.size() * 6 / 10)},
-      {"damaged.mkv", "", "damaged.mkv: damaged stream", damaged},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
