@@ -201,7 +201,7 @@ TEST_F(HostView, Properties) {
   EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
 }
 
-TEST_F(HostView, FourStreamSlots) {
+TEST_F(HostView, FourStreamSlotsAndTheStreamsStates) {
   VP_OPEN_STREAM_PARAMS params{KV_STREAM_KIND_VIDEO, 32, 16, 0, {}}, wrong = params;
   wrong.dwStreamKind = 4097;
   IKvVideoPresenterStream* const marker = reinterpret_cast<IKvVideoPresenterStream*>(&params);
@@ -226,11 +226,9 @@ TEST_F(HostView, FourStreamSlots) {
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&params, sizeof params, &s));
   EXPECT_EQ(KV_S_OK, p_->Close());
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(slots[0]));  // only while open
-}
 
-TEST_F(HostView, StreamStatesAndProperties) {
-  Open();
-  IKvVideoPresenterStream* s = Stream(32, 16, 0, false);
+  // A stream's own states and properties (it is opened and hidden).
+  s = slots[0];
   const _GUID& iid = Iid("IID_IKvVideoPresenterStream");
   auto set = [&](unsigned long id, void* data, unsigned long bytes) {
     return s->Set(iid, id, nullptr, 0, data, bytes);
