@@ -49,21 +49,17 @@ class GlesStream : public CScrimPresentStream {
 
 class Stream : public LoggedTest {
  protected:
-  void SetUp() override {
-    LoggedTest::SetUp();
-    g_sleeps.clear();
-  }
   void TearDown() override {
     g_recordSleeps = false;
     EXPECT_EQ(0u, HostLog_count());
     LoggedTest::TearDown();
   }
 
-  // An open, shown stream on surface, made from parameters that live as long as the test.
+  // An open, shown stream on surface (it keeps a copy of its parameters).
   template <typename T = CScrimPresentStream>
   T* Make(void* surface, uint32_t colourFormat = 0, unsigned width = 32, unsigned height = 16) {
-    params_ = VP_OPEN_STREAM_PARAMS{KV_STREAM_KIND_VIDEO, width, height, colourFormat, {}};
-    T* s = new T(&params_, surface, nullptr);
+    VP_OPEN_STREAM_PARAMS params{KV_STREAM_KIND_VIDEO, width, height, colourFormat, {}};
+    T* s = new T(&params, surface, nullptr);
     uint8_t show = 1;
     EXPECT_EQ(KV_S_OK, s->Open());
     EXPECT_EQ(KV_S_OK, s->Set(IID_IKvVideoPresenterStream, KV_PROPID_VP_SHOW, nullptr, 0, &show, 1));
@@ -74,8 +70,6 @@ class Stream : public LoggedTest {
     VP_PRESENT_STREAM_PARAMS params{0, 0, delayMs};
     return s->Present(p.planes, p.strides, &params);
   }
-
-  VP_OPEN_STREAM_PARAMS params_{};
 };
 
 }  // namespace
