@@ -8,7 +8,6 @@
 #include <stdarg.h>
 #include <unistd.h>
 
-#include "android/soft_renderer.h"
 #include "presenter/kv_unknown.h"
 #include "presenter/picture_testing.h"
 #include "presenter/scrim_log.h"
@@ -182,7 +181,6 @@ TEST_F(Stream, FourccGlesAndParameterlessStreamsNeverTouchTheWindow) {
   }
   EXPECT_EQ(0u, HostWindow_lockCount(w.get()));
   EXPECT_EQ(1, w.refs());
-  EXPECT_EQ(nullptr, g_SoftRenderer.Handler);
   fourcc->Release();
   gles->Release();
 
