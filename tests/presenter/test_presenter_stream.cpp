@@ -27,7 +27,6 @@ class Counted : public CKvUnknown {
   explicit Counted(int* destroyed) : destroyed_(destroyed) {}
   ~Counted() override { ++*destroyed_; }
   long Count() const { return m_cRef; }
-  IKvNonDelegatingUnknown* Outer() const { return m_pUnknown; }
 
  private:
   int* destroyed_;
@@ -83,7 +82,6 @@ TEST(KvUnknown, CountsReferencesAndAnswersOnlyItsOwnUnknown) {
   int destroyed = 0;
   Counted* c = new Counted(&destroyed);
   EXPECT_EQ(1, c->Count());
-  EXPECT_EQ(static_cast<IKvNonDelegatingUnknown*>(c), c->Outer());
   EXPECT_EQ(KV_E_POINTER, c->NonDelegatingQueryInterface(IID_IUnknown, nullptr));
 
   void* sentinel = reinterpret_cast<void*>(0x5a5a);
