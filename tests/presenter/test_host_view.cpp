@@ -151,20 +151,17 @@ TEST_F(HostView, Properties) {
   EXPECT_EQ(16u, Value<uint32_t>(1033));  // before Open
   Open();
   // Every readable id: its size report and its null-data check.
-  const struct {
-    unsigned long id;
-    size_t bytes;
-    unsigned long reported;  // 0: no size written
-  } table[] = {{0, 8, 8},    {1, 4, 0},    {2, 32, 32},  {3, 32, 32},  {771, 8, 8},
-               {784, 16, 0}, {1025, 8, 8}, {1026, 8, 8}, {1033, 4, 4}, {1539, 80, 0}};
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.id);
-    std::vector<unsigned char> data(row.bytes, 0xEE);
+  // {id, bytes, size reported (0: none written)}
+  const unsigned long table[][3] = {{0, 8, 8},    {1, 4, 0},    {2, 32, 32},  {3, 32, 32},  {771, 8, 8},
+                                    {784, 16, 0}, {1025, 8, 8}, {1026, 8, 8}, {1033, 4, 4}, {1539, 80, 0}};
+  for (const auto& [id, bytes, reported] : table) {
+    SCOPED_TRACE(id);
+    std::vector<unsigned char> data(bytes, 0xEE);
     unsigned long size = 0x77;
-    EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, &size));
-    EXPECT_EQ(row.reported ? row.reported : 0x77ul, size);
-    EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, nullptr));
-    EXPECT_EQ(KV_E_POINTER, Get(row.id, nullptr, row.bytes, &size));
+    EXPECT_EQ(KV_S_OK, Get(id, data.data(), bytes, &size));
+    EXPECT_EQ(reported ? reported : 0x77ul, size);
+    EXPECT_EQ(KV_S_OK, Get(id, data.data(), bytes, nullptr));
+    EXPECT_EQ(KV_E_POINTER, Get(id, nullptr, bytes, &size));
   }
   long data = 0;
   for (unsigned long id : {4ul, 1027ul, 787ul}) EXPECT_EQ(KV_E_NOTIMPL, Get(id, &data, 8, nullptr)) << id;
@@ -348,20 +345,18 @@ TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
                     geometry =
                         "[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea",
                     post = "[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0";
-  const struct {
-    HostWindowFault fault;
-    int32_t error, count;
-    std::vector<std::string> lines;
-  } faults[] = {{HOST_FAULT_SET_GEOMETRY, -22, 1, {geometry, "[Present N]:oru_nativewindow_init fail"}},
-                {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
-                {HOST_FAULT_POST, -32, 1, {post}}};
-  for (const auto& f : faults) {
-    HostWindow_failNext(a.get(), f.fault, f.error, f.count);
-    for (int i = 0; i < f.count; ++i) EXPECT_EQ(KV_E_FAIL, Present(s, p));
-    EXPECT_LINES(f.lines);
+  const std::tuple<HostWindowFault, int32_t, int, std::vector<std::string>> faults[] = {
+      {HOST_FAULT_SET_GEOMETRY, -22, 1, {geometry, "[Present N]:oru_nativewindow_init fail"}},
+      {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
+      {HOST_FAULT_POST, -32, 1, {post}}};
+  size_t posted = 0;
+  for (const auto& [fault, error, count, lines] : faults) {
+    HostWindow_failNext(a.get(), fault, error, count);
+    for (int i = 0; i < count; ++i) EXPECT_EQ(KV_E_FAIL, Present(s, p));
+    EXPECT_LINES(lines);
     EXPECT_EQ(KV_S_OK, Present(s, p));
-    EXPECT_EQ(static_cast<size_t>(&f - faults + 1), a.posted());
-    if (f.fault == HOST_FAULT_SET_GEOMETRY) {
+    EXPECT_EQ(++posted, a.posted());
+    if (fault == HOST_FAULT_SET_GEOMETRY) {
       // Set-up leaves one reference behind when the geometry fails; give it back.
       EXPECT_EQ(4, a.refs());
       ANativeWindow_release(a.get());

@@ -112,10 +112,7 @@ TEST(KvUnknown, CountsReferencesAndAnswersOnlyItsOwnUnknown) {
 }
 
 TEST(InterfaceIds, HaveTheDocumentedValues) {
-  const struct {
-    const _GUID* id;
-    const char* text;
-  } table[] = {
+  const std::pair<const _GUID*, const char*> table[] = {
       {&IID_IUnknown, "2CB59F1F-85A5-43ED-C000-000000000046"},
       {&IID_IKvVideoPresenter, "9ECCFCCA-EB44-11D4-B365-0001022A4A87"},
       {&IID_IKvVideoPresenterAdv, "022CF5CC-85A3-43AA-9471-675B6658A27B"},
@@ -125,31 +122,30 @@ TEST(InterfaceIds, HaveTheDocumentedValues) {
       {&IID_IOruvmVideoMixer, "6C889F37-336B-4FDA-854E-203D2236311E"},
       {&IID_IOruvmVideoContext, "51BC25C8-51A2-4E0A-9467-31FBE8FFCC4F"},
   };
-  for (const auto& row : table) {
-    const _GUID& g = *row.id;
+  for (const auto& [id, expected] : table) {
+    const _GUID& g = *id;
     char text[40];
     snprintf(text, sizeof text, "%08lX-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", g.Data1, g.Data2,
              g.Data3, g.Data4[0], g.Data4[1], g.Data4[2], g.Data4[3], g.Data4[4], g.Data4[5], g.Data4[6],
              g.Data4[7]);
-    EXPECT_STREQ(row.text, text);
+    EXPECT_STREQ(expected, text);
   }
   EXPECT_EQ(24u, sizeof(_GUID));
 }
 
 TEST(ScrimMalloc, AlignsZeroesAndRecordsTheShift) {
-  const struct {
-    unsigned size, align, expectAlign;
-  } cases[] = {{1, 16, 16}, {100, 16, 16}, {37, 0, 4}, {64, 4, 4}, {5, 8, 8}, {1000, 128, 128}, {0, 32, 32}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "size " << c.size << " align " << c.align);
+  const unsigned cases[][3] = {{1, 16, 16}, {100, 16, 16},    {37, 0, 4}, {64, 4, 4},
+                               {5, 8, 8},   {1000, 128, 128}, {0, 32, 32}};
+  for (const auto& [size, align, expectAlign] : cases) {
+    SCOPED_TRACE(testing::Message() << "size " << size << " align " << align);
     // Several allocations, so that at least one of them starts already aligned.
     for (int n = 0; n < 8; ++n) {
-      unsigned char* p = static_cast<unsigned char*>(scrim_malloc(c.size, c.align));
+      unsigned char* p = static_cast<unsigned char*>(scrim_malloc(size, align));
       ASSERT_NE(nullptr, p);
-      EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(p) % c.expectAlign);
-      EXPECT_TRUE(p[-1] >= 1 && p[-1] <= c.expectAlign) << int(p[-1]);
-      for (unsigned i = 0; i < c.size; ++i) ASSERT_EQ(0, p[i]) << "byte " << i;
-      memset(p, 0xAB, c.size);  // the whole block is usable (ASan checks the bounds)
+      EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(p) % expectAlign);
+      EXPECT_TRUE(p[-1] >= 1 && p[-1] <= expectAlign) << int(p[-1]);
+      for (unsigned i = 0; i < size; ++i) ASSERT_EQ(0, p[i]) << "byte " << i;
+      memset(p, 0xAB, size);  // the whole block is usable (ASan checks the bounds)
       scrim_free(p);
     }
   }

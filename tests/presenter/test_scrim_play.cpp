@@ -68,9 +68,7 @@ TEST(Y4mReader, ReadsPicturesAndHeaderFields) {
 // Headers refused by open, then pictures refused by read, each with the file's name in front.
 TEST(Y4mReader, RefusesWhatItCannotPlay) {
   const std::string h = "YUV4MPEG2 W4 H2\n";
-  const struct {
-    std::string content, message;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"YUV4MPEG W2 H2\n", "not a Y4M file"},
       {"YUV4MPEG2W2 H2\n", "odd header: \"YUV4MPEG2\" is not followed by a space"},
       {"YUV4MPEG2 W2 H2 C422\n", "not 8-bit 4:2:0 (colour space \"422\")"},
@@ -90,25 +88,21 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
       {"YUV4MPEG2 W16384 H16384\nFRAME\nabcdef",
        "picture 0 is cut short: 6 bytes left, a picture takes 402653184"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.content.substr(0, 40));
-    TempFile f(c.content);
+  for (const auto& [content, message] : cases) {
+    SCOPED_TRACE(content.substr(0, 40));
+    TempFile f(content);
     Y4mReader r;
     Picture p;
     for (bool ok = r.open(f.path); ok; ok = r.read(p)) {
     }
-    EXPECT_NE(std::string::npos, r.error().find(c.message)) << r.error();
+    EXPECT_NE(std::string::npos, r.error().find(message)) << r.error();
     EXPECT_EQ(0u, r.error().find(f.path + ": "));
     EXPECT_LT(p.y.size(), 100u);
   }
 }
 
 TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
-  const struct {
-    std::vector<const char*> args;
-    uint32_t word;
-    bool yv12;
-  } words[] = {
+  const std::tuple<std::vector<const char*>, uint32_t, bool> words[] = {
       {{}, 0x00000006, false},
       {{"--matrix", "bt709"}, 0x00000001, false},
       {{"--matrix", "fcc", "--range", "full"}, 0x00000104, false},
@@ -116,11 +110,11 @@ TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
       {{"--matrix", "2", "--range", "video"}, 0x00000002, false},
   };
   std::string error;
-  for (const auto& c : words) {
+  for (const auto& [args, word, yv12] : words) {
     Options o;
-    ASSERT_TRUE(Parse(c.args, o, error)) << error;
-    EXPECT_EQ(c.word, o.colourFormat());
-    EXPECT_EQ(c.yv12, o.yv12);
+    ASSERT_TRUE(Parse(args, o, error)) << error;
+    EXPECT_EQ(word, o.colourFormat());
+    EXPECT_EQ(yv12, o.yv12);
   }
 
   Options o;
