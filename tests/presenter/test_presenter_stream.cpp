@@ -1,9 +1,7 @@
-// The presenter's parts a host cannot reach: reference counting and interface
-// lookup, the interface identifiers, the aligned allocator, the logger's filter,
-// and the presentation stream's constructor, virtual IsGles and pacing. usleep
-// is interposed (and still sleeps) so that the pacing tests see exactly which
-// sleeps Present asked for. States, properties, Present's checks and surfaces
-// are followed through the presenter in test_host_view.
+// What a host cannot reach: the component base, interface identifiers, aligned
+// allocator, logger, and the stream's constructor, IsGles and pacing (usleep is
+// interposed, and still sleeps, to see which sleeps Present asks for). The rest
+// of the stream is followed through the presenter in test_host_view.
 #include <gtest/gtest.h>
 #include <stdarg.h>
 #include <unistd.h>
@@ -175,8 +173,7 @@ TEST_F(Stream, FourccGlesAndParameterlessStreamsNeverTouchTheWindow) {
   }
   EXPECT_EQ(0u, HostWindow_lockCount(w.get()));
   EXPECT_EQ(1, w.refs());
-  fourcc->Release();
-  gles->Release();
+  for (IKvVideoPresenterStream* s : {fourcc, gles}) s->Release();
 
   IKvVideoPresenterStream* none = new CScrimPresentStream(nullptr, nullptr, nullptr);
   EXPECT_LINES({"CScrimPresentStream::CScrimPresentStream invalid pOpenParams!!!"});

@@ -147,8 +147,7 @@ TEST(TestClip, DrawsThePictureNumberAndCombsWhenInterlaced) {
   interlaced.interlaced = true;
   Picture a, b, c;
   progressive.render(1234, a);
-  ASSERT_EQ(320, a.width);
-  ASSERT_EQ(240, a.height);
+  ASSERT_EQ((std::vector<int>{320, 240}), (std::vector<int>{a.width, a.height}));
   // Digits are 5x7 cells scaled by 4, 6 cells apart, after an 8-pixel margin.
   // Top row of each digit's glyph: 1 -> ..X.., 2 -> .XXX., 3 -> XXXXX, 4 -> ...X.
   const char* glyphTops[4] = {"..X..", ".XXX.", "XXXXX", "...X."};
