@@ -78,17 +78,6 @@ TEST(Mutex, RegistryFindsOnlyTheNewestNameAndReleaseUnregistersIt) {
   EXPECT_EQ(OpenMutex(0, FALSE, "a"), nullptr);
   CloseHandle(a);
   CloseHandle(b);
-
-  ChildResult r = runInChild([] {
-    HANDLE last = nullptr;
-    for (int i = 1; i <= 128; i++) last = CreateMutex(nullptr, FALSE, std::to_string(i).c_str());
-    if (OpenMutex(0, FALSE, "127") || WaitForSingleObject(last, 0) != WAIT_OBJECT_0) return 10;
-    HANDLE again = CreateMutex(nullptr, FALSE, "again");  // registered in slot 1
-    CloseHandle(again);
-    return OpenMutex(0, FALSE, "again") == again ? 0 : 11;  // closing leaves the registry alone
-  });
-  EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "CreateMutex exceed the limit\n");
 }
 
 TEST(Semaphore, MaximumIsNeverEnforced) {
@@ -131,9 +120,9 @@ TEST(WaitForAny, The21stConcurrentWaitFailsAtOnce) {
       pthread_mutex_unlock(&CLinuxMultiWait::m_mutex);
       return n == 20;
     }));
-    const auto t0 = Clock::now();
+    const long t0 = wallMs();
     EXPECT_EQ(WaitForMultipleObjects(1, list, FALSE, 1000), WAIT_FAILED);
-    EXPECT_LT(msSince(t0), 500);
+    EXPECT_LT(wallMs() - t0, 500);
     SetEvent(ev);
     ASSERT_TRUE(w.finished(20));
     EXPECT_EQ(w.sum, 20);
@@ -147,9 +136,9 @@ TEST(WaitForAll, AcquiresAllOrNone) {
   HANDLE s = CreateSemaphore(nullptr, 1, 1, nullptr);
   HANDLE all[3] = {m, s, ev};
   EXPECT_EQ(WaitForMultipleObjects(0, all, TRUE, 10), WAIT_FAILED);
-  const auto t0 = Clock::now();
+  const long t0 = wallMs();
   EXPECT_EQ(WaitForMultipleObjects(3, all, TRUE, 60), WAIT_TIMEOUT);
-  EXPECT_GE(msSince(t0), 55);
+  EXPECT_GE(wallMs() - t0, 55);
   EXPECT_EQ(waitOnOtherThread(m, 0, true), WAIT_OBJECT_0) << "the mutex was given back";
   EXPECT_EQ(waitOnOtherThread(s, 0), WAIT_OBJECT_0) << "the semaphore unit was given back";
   ReleaseSemaphore(s, 1, nullptr);

