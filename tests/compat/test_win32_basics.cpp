@@ -185,8 +185,7 @@ TEST(Modules, LoadFindCallAndFreeAndTheFileNameIsTheProgramsPath) {
   ASSERT_NE(module, nullptr) << dlerror();
   auto triple = reinterpret_cast<int (*)(int)>(GetProcAddress(module, "scrim_test_module_triple"));
   ASSERT_TRUE(triple && triple(14) == 42);
-  EXPECT_EQ(GetProcAddress(module, "no_such_function"), nullptr);
-  EXPECT_EQ(FreeLibrary(module), TRUE);
+  EXPECT_TRUE(GetProcAddress(module, "no_such_function") == nullptr && FreeLibrary(module) == TRUE);
 
   char expected[PATH_MAX], buf[PATH_MAX];
   ASSERT_NE(realpath(program_invocation_name, expected), nullptr);
@@ -205,7 +204,6 @@ TEST(Environment, DllDirectoryVariablesAndSystemDirectory) {
   EXPECT_STREQ(buf, "-------") << "nothing copied when the size is short";
   EXPECT_EQ(GetDllDirectory(3, buf), 2u);
   EXPECT_STREQ(buf, "ab");
-  unsetenv("ORU_DLL_PATH");
 
   EXPECT_EQ(SetEnvironmentVariable("SCRIM_TEST_VAR", "v") + SetEnvironmentVariable("BAD=NAME", "v"), TRUE);
   EXPECT_STREQ(getenv("SCRIM_TEST_VAR"), "v");
@@ -297,8 +295,7 @@ TEST_F(Win32Files, PipeCarriesBytesAndAFailedReadStillAnswersOne) {
   EXPECT_EQ(WriteFile(w, "hello", 5, &written, nullptr) + ReadFile(r, buf, sizeof buf, &done, nullptr), 2);
   EXPECT_EQ(written + done, 10u);
   EXPECT_STREQ(buf, "hello");
-  EXPECT_EQ(ReadFile(r, buf, 1, nullptr, nullptr) + ReadFile(INVALID_HANDLE_VALUE, buf, 1, &done, nullptr),
-            0);
+  EXPECT_FALSE(ReadFile(r, buf, 1, nullptr, nullptr) || ReadFile(INVALID_HANDLE_VALUE, buf, 1, &done, 0));
   close(fd(r));
   EXPECT_TRUE(ReadFile(r, buf, 1, &done, nullptr) == TRUE && done == 0xFFFFFFFFFFFFFFFFul);
   static_cast<CLinuxFile*>(r)->Attach(-1);

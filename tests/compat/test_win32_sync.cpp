@@ -78,6 +78,17 @@ TEST(Mutex, RegistryFindsOnlyTheNewestNameAndReleaseUnregistersIt) {
   EXPECT_EQ(OpenMutex(0, FALSE, "a"), nullptr);
   CloseHandle(a);
   CloseHandle(b);
+
+  ChildResult r = runInChild([] {
+    HANDLE last = nullptr;
+    for (int i = 1; i <= 128; i++) last = CreateMutex(nullptr, FALSE, std::to_string(i).c_str());
+    if (OpenMutex(0, FALSE, "127") || WaitForSingleObject(last, 0) != WAIT_OBJECT_0) return 10;
+    HANDLE again = CreateMutex(nullptr, FALSE, "again");  // registered in slot 1
+    CloseHandle(again);
+    return OpenMutex(0, FALSE, "again") == again ? 0 : 11;  // closing leaves the registry alone
+  });
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out, "CreateMutex exceed the limit\n");
 }
 
 TEST(Semaphore, MaximumIsNeverEnforced) {
@@ -167,16 +178,15 @@ struct Equals : ISearchCriteria {
 
 TEST(RwQueue, BlockingEndOfFileAndTheNullSourceRule) {
   CLNrwqueue q(2, sizeof(int));
-  int sum = sumAfterRelease(
-      3, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.EndOfFile(), 0); });
+  auto read = [&] { return readOne(q); };
+  int sum = sumAfterRelease(3, read, [&] { EXPECT_EQ(q.EndOfFile(), 0); });
   EXPECT_EQ(sum, -3) << "every blocked reader wakes";
   EXPECT_EQ(q.GetReadItem(), nullptr) << "still at end of file";
   writeOne(q, 7);
   EXPECT_EQ(readOne(q), 7);
   // The write cleared the end of file; a null source wakes a reader, which
   // finds the queue empty, and keeps its space unit.
-  sum = sumAfterRelease(
-      1, [&] { return readOne(q); }, [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); });
+  sum = sumAfterRelease(1, read, [&] { EXPECT_EQ(q.WriteItem(nullptr), 1); });
   EXPECT_EQ(sum, -1);
   writeOne(q, 8);
   sum = sumAfterRelease(
@@ -280,7 +290,6 @@ TEST(RwQueue, StressFourProducersFourConsumersFourSlots) {
   EXPECT_TRUE(consumers.finished(4)) << "end of file released every consumer";
   EXPECT_EQ(std::count(seen.begin(), seen.end(), 1), 4 * kPerProducer) << "items lost";
   EXPECT_EQ(faults, 0) << "items out of order or twice";
-  for (auto& l : side) pthread_rwlock_destroy(&l);
 }
 
 }  // namespace
