@@ -7,6 +7,7 @@
 
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "android/android_surface.h"
 #include "presenter/picture_testing.h"
@@ -48,29 +49,25 @@ TEST(SurfaceJvm, ReadsTheFieldAndAttachesThreadsAsTheyNeed) {
   jobject surface = env->NewGlobalRef(local);  // usable on any thread
   EXPECT_EQ(nullptr, GetAndroidJEnv());        // no machine known yet
 
-  bool before = true, afterRead = true, during = false, after = true, usable = false;
+  std::vector<bool> seen;  // attached: before, after the read, during GetAndroidJEnv (usable), after
   void* value = nullptr;
   std::thread t([&] {
-    before = Attached(vm);
+    seen.push_back(Attached(vm));
     scrim_testing::SurfaceRecord record{vm, surface};
     value = GetAndroidIomxSurface(&record);
-    afterRead = Attached(vm);
+    seen.push_back(Attached(vm));
     JNIEnv* threadEnv = GetAndroidJEnv();  // attaches until FreeAndroidJEnv
-    during = Attached(vm);
+    seen.push_back(Attached(vm));
     jclass c = threadEnv ? threadEnv->FindClass("android/view/Surface") : nullptr;
-    usable = c != nullptr;
+    seen.push_back(c != nullptr);
     if (c != nullptr) threadEnv->DeleteLocalRef(c);
     FreeAndroidJEnv();
-    after = Attached(vm);
+    seen.push_back(Attached(vm));
   });
   t.join();
   EXPECT_EQ(reinterpret_cast<void*>(intptr_t(-2)), value);  // a Java int, sign-extended
   EXPECT_EQ(vm, g_pJvm);
-  EXPECT_FALSE(before);
-  EXPECT_FALSE(afterRead);
-  EXPECT_TRUE(during);
-  EXPECT_TRUE(usable);
-  EXPECT_FALSE(after);
+  EXPECT_EQ((std::vector<bool>{false, false, true, true, false}), seen);
   EXPECT_TRUE(Attached(vm));  // the main thread, attached by the start, still is
   env->DeleteGlobalRef(surface);
   EXPECT_EQ(0u, HostLog_count());

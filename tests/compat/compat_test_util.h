@@ -16,12 +16,6 @@
 
 namespace compat_test {
 
-using Clock = std::chrono::steady_clock;
-
-inline long msSince(Clock::time_point t0) {
-  return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t0).count());
-}
-
 // The layer's clock and timers count wall-clock milliseconds since the epoch.
 inline long wallMs() {
   struct timeval tv;
@@ -33,8 +27,8 @@ inline void sleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseco
 
 // Polls every millisecond; false when the condition did not come true in time.
 inline bool waitUntil(const std::function<bool()>& done, long timeoutMs = 10000) {
-  for (const auto t0 = Clock::now(); !done(); sleepMs(1))
-    if (msSince(t0) > timeoutMs) return false;
+  for (const long t0 = wallMs(); !done(); sleepMs(1))
+    if (wallMs() - t0 > timeoutMs) return false;
   return true;
 }
 
