@@ -9,6 +9,7 @@
 
 #include "imageproc/imgprc_context.h"
 #include "imageproc/oru_imageproc.h"
+#include "support/bilinear.h"
 
 // The creation record's fields a test varies, in the order tests list them:
 // CreateArgs{0x303} is RGB565 to RGB565 at 16 x 8.
@@ -84,19 +85,6 @@ inline uint32_t Frame(const Instance& inst, uint8_t* const* src, const uint32_t*
 inline uint32_t Frame(const Instance& inst, Picture& src, Picture& dst, uint32_t deinterlace = 0) {
   return Frame(inst, src.planes, src.strides, dst.planes, dst.strides, deinterlace);
 }
-
-// The resizing kernels' bilinear rule at 16.16 position (x, y) of a w x h grid
-// read by at(column, row): 5-bit weights, down first (each sum >> downShift),
-// then across, unshifted; the column right is clamped, the row below only if
-// clampRow. The 16.16 step from s samples to d is Step(s, d).
-template <class At>
-int Bilinear(At at, int w, int h, uint32_t x, uint32_t y, int downShift, bool clampRow) {
-  const int c = x >> 16, cn = std::min(c + 1, w - 1), fx = (x >> 11) & 31;
-  const int r = y >> 16, rb = clampRow ? std::min(r + 1, h - 1) : r + 1, fy = (y >> 11) & 31;
-  auto down = [&](int col) { return (at(col, r) * (32 - fy) + at(col, rb) * fy) >> downShift; };
-  return down(c) * (32 - fx) + down(cn) * fx;
-}
-inline uint32_t Step(int32_t s, int32_t d) { return d == 1 ? 0 : ((s - 1) << 16) / (d - 1); }
 
 inline uint32_t SetAdjust(const Instance& inst, int b, int c, int s, uint32_t size = 12) {
   ImgPrcColorAdjust a = {b, c, s};

@@ -16,6 +16,7 @@
 #include "imageproc/color_tables.h"
 #include "imageproc/cpu_features.h"
 #include "imageproc/imgprc_context.h"
+#include "support/bilinear.h"
 
 namespace kref {
 
@@ -221,9 +222,6 @@ inline std::vector<CpuLevel> Levels() {
 
 using PixelFn = std::function<uint32_t(uint8_t y, uint8_t cb, uint8_t cr)>;
 using PutFn = std::function<void(Canvas&, int64_t at, uint32_t v)>;
-inline int32_t Step(int32_t src, int32_t dst) {
-  return dst == 1 ? 0 : static_cast<int32_t>((int64_t{src - 1} << 16) / (dst - 1));
-}
 // Rows of the enlarging RGB565 kernels are (pitch / 4) * 8 bytes apart.
 inline int64_t WideRow(int32_t pitch) { return int64_t{pitch >> 2} * 8; }
 // 2x2 blocks while row < h and column < w through the four cursors, steps used rounded down to even bytes;
@@ -239,16 +237,10 @@ inline void RenderBlocks(Canvas& cv, Picture& pic, int32_t w, int32_t h, const R
     }
 }
 
-// Sample of a plane at 16.16 position (x, y): down each column with weight wy (values x 2), then across with
-// wx; the next column is clamped to `last`, the next row is not.
+// Sample of a plane at 16.16 position (x, y); the next column is clamped to `last`, the next row is not.
 inline uint8_t Bilinear(Picture& pic, int plane, int32_t last, uint32_t x, uint32_t y) {
-  const int64_t xi = x >> 16, yi = y >> 16, xn = std::min<int64_t>(xi + 1, last);
-  const int32_t wx = (x >> 11) & 31, wy = (y >> 11) & 31;
-  auto down = [&](int64_t c) {
-    const int32_t a = pic.C(plane, c, yi, pic.stride(plane)), b = pic.C(plane, c, yi + 1, pic.stride(plane));
-    return (a * 32 + (b - a) * wy) >> 4;
-  };
-  return static_cast<uint8_t>((down(xn) * wx + down(xi) * (32 - wx)) >> 6);
+  auto at = [&](int c, int r) { return int{pic.C(plane, c, r, pic.stride(plane))}; };
+  return static_cast<uint8_t>(::Bilinear(at, last + 1, 0, x, y, 4, false) >> 6);
 }
 
 // Output block (m, n) of an any-ratio resize, pixels (0,0), (1,0), (0,1), (1,1): bilinear luma, chroma
