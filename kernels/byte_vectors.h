@@ -58,21 +58,21 @@ inline Bytes16 Odds(Bytes16 a, Bytes16 b) {
   return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
 }
 
-// Interleaves of 1-, 2-, 4- and 8-byte elements of rows i and i + kDistance,
-// for every i whose kDistance bit is clear, in place.
-template <int kDistance>
-inline void ZipRows(Bytes16 r[16]) {
+// Interleaves of kElement-byte elements of rows i and i + kDistance, for
+// every i below kRows whose kDistance bit is clear, in place.
+template <int kDistance, int kElement = kDistance, int kRows = 16>
+inline void ZipRows(Bytes16 r[kRows]) {
 #pragma GCC unroll 16
-  for (int i = 0; i < 16; ++i) {
+  for (int i = 0; i < kRows; ++i) {
     if (i & kDistance) continue;
     const Bytes16 a = r[i], b = r[i + kDistance];
-    if (kDistance == 1) {
+    if (kElement == 1) {
       r[i] = ZipLow(a, b), r[i + kDistance] = ZipHigh(a, b);
-    } else if (kDistance == 2) {
+    } else if (kElement == 2) {
       const U16x8 x = Lanes<U16x8>(a), y = Lanes<U16x8>(b);
       r[i] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 0, 8, 1, 9, 2, 10, 3, 11)));
       r[i + kDistance] = Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, y, 4, 12, 5, 13, 6, 14, 7, 15)));
-    } else if (kDistance == 4) {
+    } else if (kElement == 4) {
       const U32x4 x = Lanes<U32x4>(a), y = Lanes<U32x4>(b);
       r[i] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 0, 4, 1, 5)));
       r[i + kDistance] = Lanes<Bytes16>(U32x4(__builtin_shufflevector(x, y, 2, 6, 3, 7)));
@@ -99,6 +99,26 @@ inline void Transpose16x16(Bytes16 r[16]) {
   for (int i = 0; i < 16; ++i) t[kColumn[i]] = r[i];
 #pragma GCC unroll 16
   for (int i = 0; i < 16; ++i) r[i] = t[i];
+}
+
+// The same for an 8 x 8 tile of 16-bit pixels: afterwards r[i] holds pixel
+// i of every input row, in row order.
+inline void Transpose8x8x16(Bytes16 r[8]) {
+  static constexpr int kColumn[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  ZipRows<1, 2, 8>(r);
+  ZipRows<2, 4, 8>(r);
+  ZipRows<4, 8, 8>(r);
+  Bytes16 t[8];
+#pragma GCC unroll 8
+  for (int i = 0; i < 8; ++i) t[kColumn[i]] = r[i];
+#pragma GCC unroll 8
+  for (int i = 0; i < 8; ++i) r[i] = t[i];
+}
+
+// The eight 16-bit lanes last first.
+inline Bytes16 Reverse16(Bytes16 v) {
+  const U16x8 x = Lanes<U16x8>(v);
+  return Lanes<Bytes16>(U16x8(__builtin_shufflevector(x, x, 7, 6, 5, 4, 3, 2, 1, 0)));
 }
 
 }  // namespace scrim

@@ -4,6 +4,7 @@
 #include "kernels/block_walk.h"
 #include "kernels/rgb565_writers.h"
 #include "kernels/rgb_steps.h"
+#include "kernels/turned_tiles.h"
 #include "kernels/yuv420_rgb16.h"
 #include "kernels/yuv420_rgb565_rows.h"
 #include "kernels/yuv_color_step.h"
@@ -30,37 +31,34 @@ struct Color555Keyed {
   }
 };
 
-// The walk of the row-pair functions: row pair k's sources in a row record,
-// then Sink(k, record, blocks) converts and places it.
-template <class Sink>
-void WalkRowPairs(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides, int32_t width,
-                  int32_t height, Sink sink) {
-  const size_t blocks = width > 0 ? (static_cast<size_t>(width) + 1) / 2 : 0;
-  Rgb565RowPair rp{src[0], src[0] + strides[0], src[1], src[2], nullptr, nullptr, ctx, 0};
-  for (int32_t k = 0; 2 * k < height; ++k) {
-    sink(k, rp, blocks);
-    rp.y0 += 2 * static_cast<ptrdiff_t>(strides[0]);
-    rp.y1 += 2 * static_cast<ptrdiff_t>(strides[0]);
-    rp.cb += strides[1];
-    rp.cr += strides[1];
-  }
+// Column pairs of a row: an odd width is walked as the next even one.
+size_t BlocksOf(int32_t width) { return width > 0 ? (static_cast<size_t>(width) + 1) / 2 : 0; }
+
+// Row pair k's sources in a row record.
+Rgb565RowPair RowPairAt(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides,
+                        size_t k) {
+  const uint8_t* y0 = src[0] + 2 * k * strides[0];
+  return {y0, y0 + strides[0], src[1] + k * strides[1], src[2] + k * strides[1], nullptr, nullptr, ctx, 0};
 }
 
 // Row pairs into plain destination rows pitch bytes apart.
 void ConvertRows(const Rgb565Row& row, const ImgPrcContext* ctx, const uint8_t* const* src,
                  const uint32_t* strides, int32_t width, int32_t height, uint8_t* dst, int32_t pitch,
                  uint32_t key) {
-  WalkRowPairs(ctx, src, strides, width, height, [&](int32_t k, Rgb565RowPair& rp, size_t blocks) {
+  const size_t blocks = BlocksOf(width);
+  for (int32_t k = 0; 2 * k < height; ++k) {
+    Rgb565RowPair rp = RowPairAt(ctx, src, strides, static_cast<size_t>(k));
     rp.d0 = dst + 2 * static_cast<ptrdiff_t>(k) * pitch;
     rp.d1 = rp.d0 + pitch;
     rp.key = key;
     run_row(row, 0, blocks, static_cast<const Rgb565RowPair*>(&rp));
-  });
+  }
 }
 
-// Rotated rows are converted a piece at a time into two short rows, then
-// stored through the cursors.
+// Rotated rows are converted a piece of kRotPiece blocks at a time, then
+// stored through the cursors or turned in tiles of kTileRows row pairs.
 constexpr size_t kRotPiece = 64;
+constexpr size_t kTileRows = 32;
 
 }  // namespace
 
@@ -83,25 +81,42 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Rot(ImgPrcContext* ctx, const 
   if (height < 1) return 0;
   if (ctx->rotationRecord == nullptr) return 0xFFFFFFFFu;
   CursorBlockWriter out(*ctx->rotationRecord);
-  if (const Rgb565Row* row = Rgb565RowOf(ctx)) {
-    uint16_t line[2][2 * kRotPiece];
-    WalkRowPairs(ctx, src, srcStrides, width, height, [&](int32_t k, Rgb565RowPair rp, size_t blocks) {
-      out.RowPair(k);
-      for (size_t m0 = 0; m0 < blocks; m0 += kRotPiece) {
-        const size_t n = blocks - m0 < kRotPiece ? blocks - m0 : kRotPiece;
-        Rgb565RowPair piece = rp;
-        piece.y0 += 2 * m0, piece.y1 += 2 * m0, piece.cb += m0, piece.cr += m0;
-        piece.d0 = reinterpret_cast<uint8_t*>(line[0]);
-        piece.d1 = reinterpret_cast<uint8_t*>(line[1]);
-        run_row(*row, 0, n, static_cast<const Rgb565RowPair*>(&piece));
-        for (size_t i = 0; i < n; ++i)
-          out.Block(static_cast<int32_t>(m0 + i), line[0][2 * i], line[0][2 * i + 1], line[1][2 * i],
-                    line[1][2 * i + 1]);
-      }
-    });
+  const Rgb565Row* row = Rgb565RowOf(ctx);
+  if (row == nullptr) {
+    Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx), {}}, out);
     return 0;
   }
-  Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx), {}}, out);
+  // Bands of kTileRows row pairs are converted a piece at a time into tile
+  // rows; when the record allows, whole groups of 4 row pairs x 4 blocks go
+  // out turned, the rest block by block through the cursors.
+  const size_t pairs = (static_cast<size_t>(height) + 1) / 2;
+  const size_t blocks = BlocksOf(width);
+  TurnedRows turned{};
+  const bool tiles = TurnedRowsOf(*ctx->rotationRecord, pairs, &turned);
+  uint16_t tile[2 * kTileRows][2 * kRotPiece];
+  for (size_t k0 = 0; k0 < pairs; k0 += kTileRows) {
+    const size_t rows = pairs - k0 < kTileRows ? pairs - k0 : kTileRows;
+    const size_t quads = tiles ? rows / 4 : 0;
+    for (size_t m0 = 0; m0 < blocks; m0 += kRotPiece) {
+      const size_t n = blocks - m0 < kRotPiece ? blocks - m0 : kRotPiece;
+      for (size_t j = 0; j < rows; ++j) {
+        Rgb565RowPair rp = RowPairAt(ctx, src, srcStrides, k0 + j);
+        rp.y0 += 2 * m0, rp.y1 += 2 * m0, rp.cb += m0, rp.cr += m0;
+        rp.d0 = reinterpret_cast<uint8_t*>(tile[2 * j]);
+        rp.d1 = reinterpret_cast<uint8_t*>(tile[2 * j + 1]);
+        run_row(*row, 0, n, static_cast<const Rgb565RowPair*>(&rp));
+      }
+      const size_t grouped = quads > 0 ? n & ~size_t{3} : 0;
+      for (size_t x = 0; x < 2 * grouped; x += 8)
+        turned.StoreTile(&tile[0][0], 2 * kRotPiece, quads, 2 * m0 + x, x, k0);
+      for (size_t j = 0; j < rows; ++j) {
+        out.RowPair(static_cast<int32_t>(k0 + j));
+        for (size_t i = j < 4 * quads ? grouped : 0; i < n; ++i)
+          out.Block(static_cast<int32_t>(m0 + i), tile[2 * j][2 * i], tile[2 * j][2 * i + 1],
+                    tile[2 * j + 1][2 * i], tile[2 * j + 1][2 * i + 1]);
+      }
+    }
+  }
   return 0;
 }
 

@@ -97,6 +97,8 @@ std::vector<KRun> DirectRuns() {
     add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
   }
   add(M::Rot, {{260, 3, 260, 3}}, {1, 4}, {2});  // rotated rows are converted 64 blocks at a time
+  // Quarter turns go out in tiles of 8 row pairs x 4 blocks: bands, groups and pieces with remainders.
+  add(M::Rot, {{70, 33, 70, 33}, {260, 17, 260, 17}}, {1, 2}, {0, 2});
   const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9}, {8, 8, 1, 1},
                     {8, 6, 1, 5},       {9, 7, 5, 3},   {4, 4, 4, 4},  {32, 18, 48, 26}};
   add(M::Rsz, rsz, {0}, {8});
