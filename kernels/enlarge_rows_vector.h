@@ -37,15 +37,21 @@ typedef uint64_t U64 __attribute__((vector_size(N)));
 #if ENLARGE_VECTOR_BYTES == 32
 #define LANE_ORDER 0, 1, 2, 3, 4, 5, 6, 7
 #define EVEN_LANES 0, 2, 4, 6, 8, 10, 12, 14
+#define PAIR_BYTES \
+  0x05040100, 0x80808080, 0x0D0C0908, 0x80808080, 0x05040100, 0x80808080, 0x0D0C0908, 0x80808080
 #else
 #define LANE_ORDER 0, 1, 2, 3
 #define EVEN_LANES 0, 2, 4, 6
+#define PAIR_BYTES 0x05040100, 0x80808080, 0x0D0C0908, 0x80808080
 #endif
 
 // Lanes of v picked by idx (each 0..L-1).
 #if defined(__AVX2__)
 V_INLINE U32 Permute(U32 v, U32 idx) {
   return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
+}
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {  // within each 16-byte half
+  return As<U32>(_mm256_shuffle_epi8(As<__m256i>(v), As<__m256i>(bytes)));
 }
 #elif defined(__SSE4_1__)
 // Byte indices of the four bytes of lane idx (shifts: a 32-bit multiply is
@@ -54,17 +60,19 @@ V_INLINE U32 LaneBytes(U32 idx) {
   const U32 b = idx << 2;
   return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
 }
-V_INLINE U32 Permute(U32 v, U32 idx) {
-  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(LaneBytes(idx))));
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
+  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(bytes)));
 }
+V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
 #else
 V_INLINE U32 LaneBytes(U32 idx) {
   const U32 b = idx << 2;
   return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
 }
-V_INLINE U32 Permute(U32 v, U32 idx) {
-  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(LaneBytes(idx))));
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
+  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(bytes)));
 }
+V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
 #endif
 
 // The low halves of entries e..e+L-1.
@@ -75,28 +83,47 @@ V_INLINE U32 LowHalves(const uint64_t* e) {
   return __builtin_shufflevector(r0, r1, EVEN_LANES);
 }
 
-}  // namespace
-
 // Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
-// HLerp's sink does.
-void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
-  const uint64_t* const src = line->src;
-  uint8_t* const out = line->out;
-  const uint32_t step = line->step;
+// HLerp's sink does. With kOneWindow (steps short enough that a register's
+// left entries span at most L - 2 entries) one window of L entries holds the
+// right entries too, and both are permutes of it.
+template <bool kOneWindow>
+V_INLINE void Stretch(size_t begin, size_t end, const uint64_t* src, uint8_t* out, uint32_t step) {
   const U32 offsets = U32{LANE_ORDER} * step;
+  // Each pair's two 16-bit pixels side by side in the low half of its 64-bit
+  // entry, zeros above (byte indices with the top bit set give 0).
+  const U32 kPairBytes = U32{PAIR_BYTES};
   for (size_t k = begin; k < end; k += L / 2) {
-    const U32 pos = static_cast<uint32_t>(2 * k * step) + offsets;
+    const uint32_t at = static_cast<uint32_t>(2 * k * step);
+    const U32 pos = at + offsets;
     const U32 idx = pos >> 16;
-    const uint32_t last = idx[L - 1];
-    const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
-    const U32 rel = idx - first;
-    const U32 a = Permute(LowHalves(src + first), rel);
-    const U32 b = Permute(LowHalves(src + first + 1), rel);
+    const uint32_t last = (at + (L - 1) * step) >> 16;  // the last lane's index, kept out of the vectors
+    U32 a, b;
+    if (kOneWindow) {
+      const uint32_t first = last + 2 >= L ? last + 2 - L : 0;
+      const U32 window = LowHalves(src + first), rel = idx - first;
+      a = Permute(window, rel);
+      b = Permute(window, rel + 1);
+    } else {
+      const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
+      const U32 rel = idx - first;
+      a = Permute(LowHalves(src + first), rel);
+      b = Permute(LowHalves(src + first + 1), rel);
+    }
     const U32 v = (a << 5) + ((pos >> 11) & 31) * (b - a);
     const U32 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
-    U64 e = As<U64>(px);
-    e = (e | e >> 16) & 0xFFFFFFFF;
+    const U32 e = ShuffleBytes(px, kPairBytes);
     memcpy(out + 8 * k, &e, N);
+  }
+}
+
+}  // namespace
+
+void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
+  if (static_cast<uint64_t>(line->step) * (L - 1) < uint64_t{L - 2} << 16) {
+    Stretch<true>(begin, end, line->src, line->out, line->step);
+  } else {
+    Stretch<false>(begin, end, line->src, line->out, line->step);
   }
 }
 
