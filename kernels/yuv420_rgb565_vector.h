@@ -43,21 +43,23 @@ V_INLINE V Select(M mask, V a, V b) {
   return As<V>((As<M>(a) & mask) | (As<M>(b) & ~mask));
 }
 
-// The intrinsics: minimum and clamps, bytes widened to 32-bit lanes (the generic conversion
-// goes through scalars), the saturating signed 16-bit add, and 32-bit lanes of
-// two registers saturated to 16 bits, in order.
+// The intrinsics: bytes widened to 32-bit lanes (the generic conversion goes
+// through scalars), the saturating signed 16-bit add and minimum, 32-bit lanes
+// of two registers saturated to 16 bits, in order, and the same after a shift
+// by kShift, of two registers or of one written into both halves of each lane.
 #if defined(__AVX2__)
 V_INLINE U32 Widen(const uint8_t* p) {
   return As<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
 }
 V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm256_adds_epi16(As<__m256i>(a), As<__m256i>(b))); }
 V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm256_min_epi16(As<__m256i>(a), As<__m256i>(b))); }
-V_INLINE I32 Clamp16(I32 v) {
-  return As<I32>(_mm256_min_epi32(_mm256_max_epi32(As<__m256i>(v), _mm256_set1_epi32(-32768)),
-                                  _mm256_set1_epi32(32767)));
-}
 V_INLINE I16 PackSat(I32 a, I32 b) {
   return As<I16>(_mm256_permute4x64_epi64(_mm256_packs_epi32(As<__m256i>(a), As<__m256i>(b)), 0xD8));
+}
+V_INLINE I16 PackShifted(I32 a, I32 b) { return PackSat(a >> kShift, b >> kShift); }
+V_INLINE I16 TwiceShifted(I32 v) {  // packs and unpacks work within 16-byte halves: the lanes stay in order
+  const __m256i h = _mm256_packs_epi32(As<__m256i>(v >> kShift), As<__m256i>(v >> kShift));
+  return As<I16>(_mm256_unpacklo_epi16(h, h));
 }
 #elif defined(__SSE4_1__)
 V_INLINE U32 Widen(const uint8_t* p) {
@@ -67,10 +69,12 @@ V_INLINE U32 Widen(const uint8_t* p) {
 }
 V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm_adds_epi16(As<__m128i>(a), As<__m128i>(b))); }
 V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm_min_epi16(As<__m128i>(a), As<__m128i>(b))); }
-V_INLINE I32 Clamp16(I32 v) {
-  return As<I32>(_mm_min_epi32(_mm_max_epi32(As<__m128i>(v), _mm_set1_epi32(-32768)), _mm_set1_epi32(32767)));
-}
 V_INLINE I16 PackSat(I32 a, I32 b) { return As<I16>(_mm_packs_epi32(As<__m128i>(a), As<__m128i>(b))); }
+V_INLINE I16 PackShifted(I32 a, I32 b) { return PackSat(a >> kShift, b >> kShift); }
+V_INLINE I16 TwiceShifted(I32 v) {
+  const __m128i h = _mm_packs_epi32(As<__m128i>(v >> kShift), As<__m128i>(v >> kShift));
+  return As<I16>(_mm_unpacklo_epi16(h, h));
+}
 #else
 V_INLINE U32 Widen(const uint8_t* p) {
   uint32_t w;
@@ -79,11 +83,15 @@ V_INLINE U32 Widen(const uint8_t* p) {
 }
 V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(vqaddq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
 V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(vminq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
-V_INLINE I32 Clamp16(I32 v) {
-  return As<I32>(vminq_s32(vmaxq_s32(As<int32x4_t>(v), vdupq_n_s32(-32768)), vdupq_n_s32(32767)));
-}
 V_INLINE I16 PackSat(I32 a, I32 b) {
   return As<I16>(vqmovn_high_s32(vqmovn_s32(As<int32x4_t>(a)), As<int32x4_t>(b)));
+}
+V_INLINE I16 PackShifted(I32 a, I32 b) {  // one instruction shifts and saturates
+  return As<I16>(vqshrn_high_n_s32(vqshrn_n_s32(As<int32x4_t>(a), kShift), As<int32x4_t>(b), kShift));
+}
+V_INLINE I16 TwiceShifted(I32 v) {
+  const int16x4_t h = vqshrn_n_s32(As<int32x4_t>(v), kShift);
+  return As<I16>(vzip1q_s16(vcombine_s16(h, h), vcombine_s16(h, h)));
 }
 #endif
 
@@ -91,14 +99,12 @@ V_INLINE I16 PackSat(I32 a, I32 b) {
 // halves of each 32-bit lane: the term of block m for its two pixels.
 V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
   const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
-  const I32 v = Clamp16(As<I32>(i * uint32_t(t.mul[1]) + add) >> kShift);
-  const U32 h = As<U32>(v) & 0xFFFF;
-  return As<I16>(h | h << 16);
+  return TwiceShifted(As<I32>(i * uint32_t(t.mul[1]) + add));
 }
 
 // Luma entries of 2B samples minus 32768, saturated to 16 bits.
 V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
-  return PackSat(As<I32>(Widen(p) * mul + add) >> kShift, As<I32>(Widen(p + N / 4) * mul + add) >> kShift);
+  return PackShifted(As<I32>(Widen(p) * mul + add), As<I32>(Widen(p + N / 4) * mul + add));
 }
 
 struct Terms {
@@ -116,10 +122,18 @@ V_INLINE Sums SumsOf(I16 x, const Terms& t) {
           Min(AddSat(AddSat(x, t.bh), t.bq), m1)};
 }
 
-// RGB565: red sum >> 10, green >> 9, blue >> 10.
+// RGB565: red sum >> 10, green >> 9, blue >> 10. On NEON each field is
+// shifted into place over the one before (shift right and insert), from the
+// sums doubled so that their bits 11-15 (red) or 10-15 are the field.
 V_INLINE U16 Pixels565(I16 x, const Terms& t) {
   const Sums s = SumsOf(x, t);
+#if defined(__ARM_NEON) && !defined(__SSE4_1__)
+  const uint16x8_t rg =
+      vsriq_n_u16(vshlq_n_u16(As<uint16x8_t>(s.r), 1), vshlq_n_u16(As<uint16x8_t>(s.g), 1), 5);
+  return As<U16>(vsriq_n_u16(rg, vshlq_n_u16(As<uint16x8_t>(s.b), 1), 11));
+#else
   return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7E0) | ((As<U16>(s.b) >> 10) & 31);
+#endif
 }
 
 // Opaque RGB555 (green >> 10 too, bit 0 set).
