@@ -90,8 +90,9 @@ V_INLINE I16 PackShifted(I32 a, I32 b) {  // one instruction shifts and saturate
   return As<I16>(vqshrn_high_n_s32(vqshrn_n_s32(As<int32x4_t>(a), kShift), As<int32x4_t>(b), kShift));
 }
 V_INLINE I16 TwiceShifted(I32 v) {
-  const int16x4_t h = vqshrn_n_s32(As<int32x4_t>(v), kShift);
-  return As<I16>(vzip1q_s16(vcombine_s16(h, h), vcombine_s16(h, h)));
+  // zip1 reads the low halves only; the narrowing shift has zeroed the high one
+  const int16x8_t h = vcombine_s16(vqshrn_n_s32(As<int32x4_t>(v), kShift), vcreate_s16(0));
+  return As<I16>(vzip1q_s16(h, h));
 }
 #endif
 
@@ -103,8 +104,22 @@ V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
 }
 
 // Luma entries of 2B samples minus 32768, saturated to 16 bits.
+// Bytes p[0..N/2-1] widened to two registers of 32-bit lanes (NEON: from one load).
+struct Wide2 {
+  U32 lo, hi;
+};
+V_INLINE Wide2 Widen2(const uint8_t* p) {
+#if defined(__ARM_NEON) && !defined(__SSE4_1__)
+  const uint16x8_t w = vmovl_u8(vld1_u8(p));
+  return {As<U32>(vmovl_u16(vget_low_u16(w))), As<U32>(vmovl_high_u16(w))};
+#else
+  return {Widen(p), Widen(p + N / 4)};
+#endif
+}
+
 V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
-  return PackShifted(As<I32>(Widen(p) * mul + add), As<I32>(Widen(p + N / 4) * mul + add));
+  const Wide2 y = Widen2(p);
+  return PackShifted(As<I32>(y.lo * mul + add), As<I32>(y.hi * mul + add));
 }
 
 struct Terms {
@@ -193,7 +208,8 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
   const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
   auto keyed = [&](const uint8_t* y, U32 chromaMatch) {
-    const I16 match = PackSat(As<I32>(Widen(y) == ky), As<I32>(Widen(y + N / 4) == ky));
+    const Wide2 w = Widen2(y);
+    const I16 match = PackSat(As<I32>(w.lo == ky), As<I32>(w.hi == ky));
     return As<U16>(match & As<I16>(chromaMatch));
   };
   for (size_t m = begin; m < end; m += B) {
