@@ -226,12 +226,14 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
 // Spread entries: red and green are the sums >> 9 (6 bits), blue >> 10. Each
 // pixel is built as its two 16-bit halves, which are interleaved, then
 // interleaved with zeros for the high 32 bits of its entry (a widening
-// conversion would go lane by lane on some targets).
+// conversion would go lane by lane on some targets). Interleaves stay within
+// 16-byte halves, which are stored apart, rather than crossing them.
 #if RGB565_VECTOR_BYTES == 32
-#define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23
-#define ZIP16_HI 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31
-#define ZIP32_LO 0, 8, 1, 9, 2, 10, 3, 11
-#define ZIP32_HI 4, 12, 5, 13, 6, 14, 7, 15
+// Interleaves within each 16-byte half, as the instructions do them.
+#define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
+#define ZIP16_HI 4, 20, 5, 21, 6, 22, 7, 23, 12, 28, 13, 29, 14, 30, 15, 31
+#define ZIP32_LO 0, 8, 1, 9, 4, 12, 5, 13
+#define ZIP32_HI 2, 10, 3, 11, 6, 14, 7, 15
 #else
 #define ZIP16_LO 0, 8, 1, 9, 2, 10, 3, 11
 #define ZIP16_HI 4, 12, 5, 13, 6, 14, 7, 15
@@ -250,7 +252,11 @@ V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
   const U32 b = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)));
   const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
                     __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
-  memcpy(d, e, sizeof e);
+  // Each 16-byte half of e[j] holds two entries; the first halves of all
+  // four come first.
+  for (unsigned h = 0; h < N / 16; ++h)
+    for (unsigned j = 0; j < 4; ++j)
+      memcpy(d + 16 * (4 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
 }
 
 }  // namespace
