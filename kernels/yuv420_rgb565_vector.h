@@ -103,7 +103,6 @@ V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
   return TwiceShifted(As<I32>(i * uint32_t(t.mul[1]) + add));
 }
 
-// Luma entries of 2B samples minus 32768, saturated to 16 bits.
 // Bytes p[0..N/2-1] widened to two registers of 32-bit lanes (NEON: from one load).
 struct Wide2 {
   U32 lo, hi;
@@ -117,6 +116,7 @@ V_INLINE Wide2 Widen2(const uint8_t* p) {
 #endif
 }
 
+// Luma entries of 2B samples minus 32768, saturated to 16 bits.
 V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
   const Wide2 y = Widen2(p);
   return PackShifted(As<I32>(y.lo * mul + add), As<I32>(y.hi * mul + add));
