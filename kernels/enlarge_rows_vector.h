@@ -50,6 +50,11 @@ typedef uint64_t U64 __attribute__((vector_size(N)));
 V_INLINE U32 Permute(U32 v, U32 idx) {
   return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
 }
+// Lanes idx and idx + 1 of v.
+V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {
+  *at = Permute(v, idx);
+  *next = Permute(v, idx + 1);
+}
 V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {  // within each 16-byte half
   return As<U32>(_mm256_shuffle_epi8(As<__m256i>(v), As<__m256i>(bytes)));
 }
@@ -64,6 +69,11 @@ V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
   return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(bytes)));
 }
 V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
+V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
+  const U32 bytes = LaneBytes(idx);
+  *at = ShuffleBytes(v, bytes);
+  *next = ShuffleBytes(v, bytes + 0x04040404u);
+}
 #else
 V_INLINE U32 LaneBytes(U32 idx) {
   const U32 b = idx << 2;
@@ -73,6 +83,11 @@ V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
   return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(bytes)));
 }
 V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
+V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
+  const U32 bytes = LaneBytes(idx);
+  *at = ShuffleBytes(v, bytes);
+  *next = ShuffleBytes(v, bytes + 0x04040404u);
+}
 #endif
 
 // The low halves of entries e..e+L-1.
@@ -102,8 +117,7 @@ V_INLINE void Stretch(size_t begin, size_t end, const uint64_t* src, uint8_t* ou
     if (kOneWindow) {
       const uint32_t first = last + 2 >= L ? last + 2 - L : 0;
       const U32 window = LowHalves(src + first), rel = idx - first;
-      a = Permute(window, rel);
-      b = Permute(window, rel + 1);
+      PermutePair(window, rel, &a, &b);
     } else {
       const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
       const U32 rel = idx - first;
