@@ -136,7 +136,8 @@ inline int32_t PairsOf(int32_t width) {
   return pairs < 1 ? 1 : pairs;
 }
 
-inline uint64_t LinearAt(const uint64_t* src, uint32_t p) {
+template <class Entry>
+inline uint64_t LinearAt(const Entry* src, uint32_t p) {
   const uint32_t i = p >> 16;
   const uint64_t f = (p >> 11) & 31;
   return (32 - f) * src[i] + f * src[i + 1];
@@ -219,9 +220,9 @@ void Stretch23(const uint64_t* s, int32_t width, Sink sink) {
   if (n == 1) Phases23(s[0], s[1], s[2], s[3], s[3], sink);
 }
 
-template <uint32_t (*Spread)(ptrdiff_t, ChromaTerms)>
+template <uint32_t (*Spread)(ptrdiff_t, ChromaTerms), class Entry>
 void ConvertLines(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
-                  const uint8_t* cr, uint64_t* out0, uint64_t* out1, int32_t width) {
+                  const uint8_t* cr, Entry* out0, Entry* out1, int32_t width) {
   const ColorTables tab(ctx);
   for (int32_t n = PairsOf(width); n > 0; --n) {
     const ChromaTerms t = ChromaTermsOf(tab, *cb++, *cr++);
@@ -243,11 +244,20 @@ void Convert(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, con
   ConvertLines<scrim::SpreadRgb>(ctx, y0, y1, cb, cr, out0, out1, width);
 }
 
-void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+namespace {
+template <class Entry>
+void SpreadBlocks(size_t begin, size_t end, const Rgb565RowPair* rp) {
   ConvertLines<scrim::SpreadRgb>(rp->ctx, rp->y0 + 2 * begin, rp->y1 + 2 * begin, rp->cb + begin,
-                                 rp->cr + begin, reinterpret_cast<uint64_t*>(rp->d0) + 2 * begin,
-                                 reinterpret_cast<uint64_t*>(rp->d1) + 2 * begin,
+                                 rp->cr + begin, reinterpret_cast<Entry*>(rp->d0) + 2 * begin,
+                                 reinterpret_cast<Entry*>(rp->d1) + 2 * begin,
                                  static_cast<int32_t>(2 * (end - begin)));
+}
+}  // namespace
+void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  SpreadBlocks<uint64_t>(begin, end, rp);
+}
+void spread32_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  SpreadBlocks<uint32_t>(begin, end, rp);
 }
 
 void ConvertBGR(const ImgPrcContext* ctx, const uint8_t* y0, const uint8_t* y1, const uint8_t* cb,
@@ -265,11 +275,16 @@ void _convert(const ImgPrcContext* ctx, uint32_t* out, uint16_t yPair0, uint16_t
   out[3] = scrim::SpreadRgb(tab.Luma(static_cast<uint8_t>(yPair1 >> 8)), t);
 }
 
-void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines) {
+namespace {
+template <class Entry>
+void BlendLines(size_t begin, size_t end, const VlerpLinesOf<Entry>* lines) {
   const uint64_t w = lines->w;
   for (size_t i = begin; i < end; ++i)
-    lines->out[i] = (((32 - w) * lines->a[i] + w * lines->b[i]) >> 5) & kSpreadMask;
+    lines->out[i] = static_cast<Entry>((((32 - w) * lines->a[i] + w * lines->b[i]) >> 5) & kSpreadMask);
 }
+}  // namespace
+void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines) { BlendLines(begin, end, lines); }
+void vlerp32_scalar(size_t begin, size_t end, const VlerpLines32* lines) { BlendLines(begin, end, lines); }
 
 // The blend row's scalar reference over the whole line.
 void VLerp(const uint64_t* a, const uint64_t* b, uint64_t* out, int32_t w, int32_t count) {
@@ -286,12 +301,19 @@ void HLerp(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width) {
 }
 
 // The same blends as HLerp, pair by pair, from any pair on.
-void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line) {
+namespace {
+template <class Entry>
+void StretchPairs(size_t begin, size_t end, const Hlerp565LineOf<Entry>* line) {
   Sink565 sink(line->out + 8 * begin);
   for (size_t k = begin; k < end; ++k) {
     const uint32_t p = static_cast<uint32_t>(2 * k * line->step);
     sink.Pair(LinearAt(line->src, p), LinearAt(line->src, p + line->step));
   }
+}
+}  // namespace
+void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line) { StretchPairs(begin, end, line); }
+void hlerp565_32_scalar(size_t begin, size_t end, const Hlerp565Line32* line) {
+  StretchPairs(begin, end, line);
 }
 
 void HLerpRot(const uint64_t* src, uint8_t* out, uint32_t step, int32_t width, int32_t pixelStep) {

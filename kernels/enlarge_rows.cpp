@@ -5,19 +5,32 @@
 #if defined(__x86_64__)
 const RowSet<const Hlerp565Line*> hlerp565_rows = {
     hlerp565_scalar, {hlerp565_sse41, 2}, {hlerp565_avx2, 4}, {nullptr, 1}};
+const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
+    hlerp565_32_scalar, {hlerp565_32_sse41, 2}, {hlerp565_32_avx2, 4}, {nullptr, 1}};
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {vlerp_sse41, 2}, {vlerp_avx2, 4}, {nullptr, 1}};
+const RowSet<const VlerpLines32*> vlerp32_rows = {
+    vlerp32_scalar, {vlerp32_sse41, 4}, {vlerp32_avx2, 8}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Hlerp565Line*> hlerp565_rows = {
     hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_neon, 2}};
+const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
+    hlerp565_32_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_32_neon, 2}};
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp_neon, 2}};
+const RowSet<const VlerpLines32*> vlerp32_rows = {
+    vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp32_neon, 4}};
 #else
 const RowSet<const Hlerp565Line*> hlerp565_rows = {hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
+    hlerp565_32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const VlerpLines32*> vlerp32_rows = {vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 #endif
 
-Hlerp565Row PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {
-  const Hlerp565Row chosen = pick_row(hlerp565_rows, level);
-  const Hlerp565Row scalar{{nullptr, 1}, {nullptr, 1}, hlerp565_rows.scalar};
+template <class Entry>
+Hlerp565RowOf<Entry> PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {
+  const auto& rows = Hlerp565Rows(static_cast<Entry*>(nullptr));
+  const Hlerp565RowOf<Entry> chosen = pick_row(rows, level);
+  const Hlerp565RowOf<Entry> scalar{{nullptr, 1}, {nullptr, 1}, rows.scalar};
   const uint64_t pairs = width >> 1 < 1 ? 1 : static_cast<uint64_t>(width >> 1);
   const uint64_t lastPos = (2 * pairs - 1) * step;
   // Entries the scalar row reads: 0 .. (last position >> 16) + 1; a window
@@ -25,3 +38,6 @@ Hlerp565Row PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {
   const bool fits = lastPos >> 32 == 0 && (lastPos >> 16) + 1 >= 2 * chosen.vector.step;
   return step < 0x10000 && fits ? chosen : scalar;
 }
+
+template Hlerp565RowOf<uint64_t> PickHlerp565Row<uint64_t>(uint32_t, int32_t, CpuLevel);
+template Hlerp565RowOf<uint32_t> PickHlerp565Row<uint32_t>(uint32_t, int32_t, CpuLevel);

@@ -1,4 +1,9 @@
-// Rows of the bilinear enlargement walk (kernels/enlarge_walk.h).
+// Rows of the bilinear enlargement walk (kernels/enlarge_walk.h), over spread
+// lines of 64-bit entries (the interpolators' own format, imageproc/interp.h)
+// or of 32-bit ones. Only the low 32 bits of an entry ever carry a value, so
+// a walk whose rows all come from these sets keeps its lines at 32 bits an
+// entry: half the bytes to write and read, and vector rows that load entries
+// as they lie instead of gathering their low halves.
 //
 // The horizontal stretch to RGB565 (HLerp):
 // output entries begin..end-1 of one line, entry k holding the pixels at the
@@ -13,39 +18,66 @@
 
 #include "imageproc/row_dispatch.h"
 
-struct Hlerp565Line {
-  const uint64_t* src;  // spread line
-  uint8_t* out;         // entry k at bytes 8k..8k+7
-  uint32_t step;        // 16.16
+template <class Entry>
+struct Hlerp565LineOf {
+  const Entry* src;  // spread line
+  uint8_t* out;      // entry k at bytes 8k..8k+7
+  uint32_t step;     // 16.16
 };
+using Hlerp565Line = Hlerp565LineOf<uint64_t>;
+using Hlerp565Line32 = Hlerp565LineOf<uint32_t>;
 
 void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line);
 void hlerp565_sse41(size_t begin, size_t end, const Hlerp565Line* line);
 void hlerp565_avx2(size_t begin, size_t end, const Hlerp565Line* line);
 void hlerp565_neon(size_t begin, size_t end, const Hlerp565Line* line);
+void hlerp565_32_scalar(size_t begin, size_t end, const Hlerp565Line32* line);
+void hlerp565_32_sse41(size_t begin, size_t end, const Hlerp565Line32* line);
+void hlerp565_32_avx2(size_t begin, size_t end, const Hlerp565Line32* line);
+void hlerp565_32_neon(size_t begin, size_t end, const Hlerp565Line32* line);
 
 extern const RowSet<const Hlerp565Line*> hlerp565_rows;
-using Hlerp565Row = Row<const Hlerp565Line*>;
+extern const RowSet<const Hlerp565Line32*> hlerp565_32_rows;
+template <class Entry>
+using Hlerp565RowOf = Row<const Hlerp565LineOf<Entry>*>;
+using Hlerp565Row = Hlerp565RowOf<uint64_t>;
 
 // The row for a picture stretched `step` at a time to `width` pixels (width / 2
 // entries, at least one): the vector rows when the step is under one entry and
 // every window they read lies within the entries the scalar row reads, the
 // scalar row otherwise.
-Hlerp565Row PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level = cpu_level());
+template <class Entry>
+Hlerp565RowOf<Entry> PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level = cpu_level());
 
 // The vertical blend of two spread lines (VLerp): entries begin..end-1 of out
 // are ((32 - w) * a + w * b) / 32, masked.
-struct VlerpLines {
-  const uint64_t* a;
-  const uint64_t* b;
-  uint64_t* out;
+template <class Entry>
+struct VlerpLinesOf {
+  const Entry* a;
+  const Entry* b;
+  Entry* out;
   uint32_t w;  // 0..31
 };
+using VlerpLines = VlerpLinesOf<uint64_t>;
+using VlerpLines32 = VlerpLinesOf<uint32_t>;
 
 void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines);
 void vlerp_sse41(size_t begin, size_t end, const VlerpLines* lines);
 void vlerp_avx2(size_t begin, size_t end, const VlerpLines* lines);
 void vlerp_neon(size_t begin, size_t end, const VlerpLines* lines);
+void vlerp32_scalar(size_t begin, size_t end, const VlerpLines32* lines);
+void vlerp32_sse41(size_t begin, size_t end, const VlerpLines32* lines);
+void vlerp32_avx2(size_t begin, size_t end, const VlerpLines32* lines);
+void vlerp32_neon(size_t begin, size_t end, const VlerpLines32* lines);
 
 extern const RowSet<const VlerpLines*> vlerp_rows;
-using VlerpRow = Row<const VlerpLines*>;
+extern const RowSet<const VlerpLines32*> vlerp32_rows;
+template <class Entry>
+using VlerpRowOf = Row<const VlerpLinesOf<Entry>*>;
+using VlerpRow = VlerpRowOf<uint64_t>;
+
+// The row sets by entry type.
+inline const RowSet<const Hlerp565Line*>& Hlerp565Rows(uint64_t*) { return hlerp565_rows; }
+inline const RowSet<const Hlerp565Line32*>& Hlerp565Rows(uint32_t*) { return hlerp565_32_rows; }
+inline const RowSet<const VlerpLines*>& VlerpRows(uint64_t*) { return vlerp_rows; }
+inline const RowSet<const VlerpLines32*>& VlerpRows(uint32_t*) { return vlerp32_rows; }

@@ -1,7 +1,9 @@
-// The enlargement rows (RGB565 stretch, vertical blend) for NEON.
+// The enlargement rows (RGB565 stretch, vertical blend, over 64- and 32-bit entries) for NEON.
 #if defined(__aarch64__)
 #define ENLARGE_VECTOR_BYTES 16
 #define HLERP565_VECTOR_ROW hlerp565_neon
 #define VLERP_VECTOR_ROW vlerp_neon
+#define HLERP565_32_VECTOR_ROW hlerp565_32_neon
+#define VLERP32_VECTOR_ROW vlerp32_neon
 #include "kernels/enlarge_rows_vector.h"
 #endif

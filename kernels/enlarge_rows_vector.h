@@ -5,14 +5,16 @@
 //                         register of 32-bit blends, two pixels an output
 //                         entry; a step of the blend is a register of entries
 //   HLERP565_VECTOR_ROW   the names of the stretch row
-//   VLERP_VECTOR_ROW      and of the blend row.
+//   VLERP_VECTOR_ROW      and of the blend row over 64-bit entries,
+//   HLERP565_32_VECTOR_ROW
+//   VLERP32_VECTOR_ROW    and over 32-bit entries.
 //
 // The stretch:
 // A register's positions span at most one entry per pixel, so with a step
 // under one entry its left entries lie in a window of as many consecutive
 // entries as there are lanes, and its right entries in the window one entry
-// on: each is a variable permute of the window's low halves (the only
-// intrinsic). The window ends at the last right entry the register needs (or
+// on: each is a variable permute of the window's entries (the low halves of
+// 64-bit ones). The window ends at the last right entry the register needs (or
 // starts at entry 0), so it reads nothing the scalar row would not.
 #include <string.h>
 
@@ -32,7 +34,6 @@ constexpr unsigned N = ENLARGE_VECTOR_BYTES;
 constexpr unsigned L = N / 4;  // pixels a step
 
 typedef uint32_t U32 __attribute__((vector_size(N)));
-typedef uint64_t U64 __attribute__((vector_size(N)));
 
 #if ENLARGE_VECTOR_BYTES == 32
 #define LANE_ORDER 0, 1, 2, 3, 4, 5, 6, 7
@@ -90,20 +91,25 @@ V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte ind
 }
 #endif
 
-// The low halves of entries e..e+L-1.
-V_INLINE U32 LowHalves(const uint64_t* e) {
+// Entries e..e+L-1 in 32-bit lanes (of 64-bit entries, the low halves).
+V_INLINE U32 Window(const uint64_t* e) {
   U32 r0, r1;
   memcpy(&r0, e, N);
   memcpy(&r1, e + L / 2, N);
   return __builtin_shufflevector(r0, r1, EVEN_LANES);
+}
+V_INLINE U32 Window(const uint32_t* e) {
+  U32 r;
+  memcpy(&r, e, N);
+  return r;
 }
 
 // Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
 // HLerp's sink does. With kOneWindow (steps short enough that a register's
 // left entries span at most L - 2 entries) one window of L entries holds the
 // right entries too, and both are permutes of it.
-template <bool kOneWindow>
-V_INLINE void Stretch(size_t begin, size_t end, const uint64_t* src, uint8_t* out, uint32_t step) {
+template <bool kOneWindow, class Entry>
+V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, uint32_t step) {
   const U32 offsets = U32{LANE_ORDER} * step;
   // Each pair's two 16-bit pixels side by side in the low half of its 64-bit
   // entry, zeros above (byte indices with the top bit set give 0).
@@ -116,13 +122,13 @@ V_INLINE void Stretch(size_t begin, size_t end, const uint64_t* src, uint8_t* ou
     U32 a, b;
     if (kOneWindow) {
       const uint32_t first = last + 2 >= L ? last + 2 - L : 0;
-      const U32 window = LowHalves(src + first), rel = idx - first;
+      const U32 window = Window(src + first), rel = idx - first;
       PermutePair(window, rel, &a, &b);
     } else {
       const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
       const U32 rel = idx - first;
-      a = Permute(LowHalves(src + first), rel);
-      b = Permute(LowHalves(src + first + 1), rel);
+      a = Permute(Window(src + first), rel);
+      b = Permute(Window(src + first + 1), rel);
     }
     const U32 v = (a << 5) + ((pos >> 11) & 31) * (b - a);
     const U32 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
@@ -131,9 +137,8 @@ V_INLINE void Stretch(size_t begin, size_t end, const uint64_t* src, uint8_t* ou
   }
 }
 
-}  // namespace
-
-void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
+template <class Entry>
+V_INLINE void StretchRow(size_t begin, size_t end, const Hlerp565LineOf<Entry>* line) {
   if (static_cast<uint64_t>(line->step) * (L - 1) < uint64_t{L - 2} << 16) {
     Stretch<true>(begin, end, line->src, line->out, line->step);
   } else {
@@ -142,14 +147,17 @@ void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) {
 }
 
 // Only the low 32 bits of an entry reach the masked result, so the blend runs
-// on 32-bit lanes as a * 32 + w * (b - a); the high lanes are masked to 0.
-void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) {
-  const uint64_t* const a = lines->a;
-  const uint64_t* const b = lines->b;
-  uint64_t* const out = lines->out;
+// on 32-bit lanes as a * 32 + w * (b - a); the high lanes of 64-bit entries
+// are masked to 0.
+template <class Entry>
+V_INLINE void Blend(size_t begin, size_t end, const VlerpLinesOf<Entry>* lines) {
+  const Entry* const a = lines->a;
+  const Entry* const b = lines->b;
+  Entry* const out = lines->out;
   const uint32_t w = lines->w;
-  const U32 mask = As<U32>(U64{} + kSpreadMask);
-  for (size_t i = begin; i < end; i += N / 8) {
+  typedef Entry E __attribute__((vector_size(N)));
+  const U32 mask = As<U32>(E{} + Entry{kSpreadMask});
+  for (size_t i = begin; i < end; i += N / sizeof(Entry)) {
     U32 x, y;
     memcpy(&x, a + i, N);
     memcpy(&y, b + i, N);
@@ -157,3 +165,12 @@ void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) {
     memcpy(out + i, &v, N);
   }
 }
+
+}  // namespace
+
+void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) { StretchRow(begin, end, line); }
+void HLERP565_32_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line32* line) {
+  StretchRow(begin, end, line);
+}
+void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) { Blend(begin, end, lines); }
+void VLERP32_VECTOR_ROW(size_t begin, size_t end, const VlerpLines32* lines) { Blend(begin, end, lines); }

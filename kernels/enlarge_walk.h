@@ -27,7 +27,9 @@ inline bool HasLines(uint8_t* const* lines, int count) {
 
 // Converts a source row pair (rows r and r + 1, chroma row r >> 1, so a pair
 // that starts on an odd row uses its first row's chroma for both) into spread
-// lines.
+// lines of Entry. Lines of 32-bit entries come from the spread rows alone,
+// which need tables their integer forms reproduce (SpreadLines32 says when).
+template <class Entry = uint64_t>
 class RowPairConverter {
  public:
   RowPairConverter(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides,
@@ -35,15 +37,18 @@ class RowPairConverter {
       : ctx_(ctx), src_(src), strides_(strides), width_(width), convert_(convert) {
     // Convert has vector rows, for tables their integer forms reproduce
     // (the same condition as the RGB565 rows'); chosen once for the picture.
-    if (convert == Convert && Rgb565RowOf(ctx) != nullptr) row_ = pick_row(spread_block_rows);
+    const auto& rows = SpreadBlockRows(static_cast<Entry*>(nullptr));
+    row_.scalar = rows.scalar;
+    if (convert == Convert && Rgb565RowOf(ctx) != nullptr) row_ = pick_row(rows);
   }
-  void operator()(int32_t r, uint64_t* out0, uint64_t* out1) const {
+  void operator()(int32_t r, Entry* out0, Entry* out1) const {
     const uint8_t* y0 = src_[0] + static_cast<ptrdiff_t>(r) * strides_[0];
     const ptrdiff_t c = r >> 1;
     const uint8_t* cb = src_[1] + c * strides_[1];
     const uint8_t* cr = src_[2] + c * strides_[2];
-    if (row_.vector.fn == nullptr) {
-      convert_(ctx_, y0, y0 + strides_[0], cb, cr, out0, out1, width_);
+    if (row_.vector.fn == nullptr && sizeof(Entry) == 8) {
+      convert_(ctx_, y0, y0 + strides_[0], cb, cr, reinterpret_cast<uint64_t*>(out0),
+               reinterpret_cast<uint64_t*>(out1), width_);
       return;
     }
     const Rgb565RowPair rp{y0,
@@ -65,23 +70,30 @@ class RowPairConverter {
   const uint32_t* strides_;
   int32_t width_;
   SpreadConvert convert_;
-  Rgb565Row row_{{nullptr, 1}, {nullptr, 1}, spread_block_rows.scalar};
+  Rgb565Row row_{{nullptr, 1}, {nullptr, 1}, nullptr};
 };
+
+// Whether a walk may keep 32-bit lines: Convert's entries, and tables the
+// spread rows reproduce.
+inline bool SpreadLines32(const ImgPrcContext* ctx, SpreadConvert convert) {
+  return convert == Convert && Rgb565RowOf(ctx) != nullptr;
+}
 
 // Three-slot cache of converted source rows (slots A, B, C tagged with their
 // row numbers) and a blend slot, so that each source row is converted at most
 // once per frame while the vertical position only moves down.
+template <class Entry = uint64_t>
 class SpreadRowCache {
  public:
-  SpreadRowCache(uint8_t* const* lines, const RowPairConverter& convert)
-      : convert_(convert), blendRow_(pick_row(vlerp_rows)) {
-    for (int i = 0; i < 3; ++i) slot_[i] = reinterpret_cast<uint64_t*>(lines[i]);
-    blend_ = reinterpret_cast<uint64_t*>(lines[3]);
+  SpreadRowCache(uint8_t* const* lines, const RowPairConverter<Entry>& convert)
+      : convert_(convert), blendRow_(pick_row(VlerpRows(static_cast<Entry*>(nullptr)))) {
+    for (int i = 0; i < 3; ++i) slot_[i] = reinterpret_cast<Entry*>(lines[i]);
+    blend_ = reinterpret_cast<Entry*>(lines[3]);
   }
 
   // The spread line at 16.16 vertical position p: row p >> 16, blended with the
   // row after it by the weight (p >> 11) & 31 unless that weight is 0.
-  const uint64_t* At(uint32_t p) {
+  const Entry* At(uint32_t p) {
     const int32_t y = static_cast<int32_t>(p >> 16);
     const int32_t f = static_cast<int32_t>((p >> 11) & 31);
     if (tag_[0] != y) {
@@ -95,9 +107,9 @@ class SpreadRowCache {
     }
     if (f == 0) return slot_[0];
     if (tag_[1] != y + 1) Fill(y + 1, 1, 2);
-    const VlerpLines v{slot_[0], slot_[1], blend_, static_cast<uint32_t>(f)};
+    const VlerpLinesOf<Entry> v{slot_[0], slot_[1], blend_, static_cast<uint32_t>(f)};
     run_row(blendRow_, 0, static_cast<size_t>(convert_.width() > 0 ? convert_.width() : 0),
-            static_cast<const VlerpLines*>(&v));
+            static_cast<const VlerpLinesOf<Entry>*>(&v));
     return blend_;
   }
 
@@ -109,7 +121,7 @@ class SpreadRowCache {
   }
   // Cyclic, so that a row cached after y stays after it.
   void Rotate(int by) {
-    uint64_t* s[3] = {slot_[0], slot_[1], slot_[2]};
+    Entry* s[3] = {slot_[0], slot_[1], slot_[2]};
     int32_t t[3] = {tag_[0], tag_[1], tag_[2]};
     for (int i = 0; i < 3; ++i) {
       slot_[i] = s[(i + by) % 3];
@@ -117,21 +129,21 @@ class SpreadRowCache {
     }
   }
 
-  const RowPairConverter& convert_;
-  const VlerpRow blendRow_;  // VLerp's blend, chosen once for the picture
-  uint64_t* slot_[3];
+  const RowPairConverter<Entry>& convert_;
+  const VlerpRowOf<Entry> blendRow_;  // VLerp's blend, chosen once for the picture
+  Entry* slot_[3];
   int32_t tag_[3] = {-1, -1, -1};
-  uint64_t* blend_;
+  Entry* blend_;
 };
 
-// The bilinear enlargement walk: one spread line per output row, handed to
-// write(line, j).
-template <class WriteRow>
+// The bilinear enlargement walk: one spread line of Entry per output row,
+// handed to write(line, j).
+template <class Entry = uint64_t, class WriteRow>
 void EnlargeRows(const ImgPrcContext* ctx, uint8_t* const* lines, const uint8_t* const* src,
                  const uint32_t* strides, int32_t srcWidth, int32_t srcHeight, int32_t dstHeight,
                  SpreadConvert spread, WriteRow write) {
-  const RowPairConverter convert(ctx, src, strides, srcWidth, spread);
-  SpreadRowCache cache(lines, convert);
+  const RowPairConverter<Entry> convert(ctx, src, strides, srcWidth, spread);
+  SpreadRowCache<Entry> cache(lines, convert);
   const uint32_t sy = static_cast<uint32_t>(ResizeStep(srcHeight, dstHeight));
   uint32_t p = 0;
   for (int32_t j = 0; j < dstHeight; ++j, p += sy) write(cache.At(p), j);
@@ -144,7 +156,7 @@ template <class WriteRow>
 void EnlargeRowsCase1(const ImgPrcContext* ctx, uint8_t* const* lines, const uint8_t* const* src,
                       const uint32_t* strides, int32_t srcWidth, int32_t dstHeight, SpreadConvert spread,
                       WriteRow write) {
-  const RowPairConverter convert(ctx, src, strides, srcWidth, spread);
+  const RowPairConverter<> convert(ctx, src, strides, srcWidth, spread);
   uint64_t* a = reinterpret_cast<uint64_t*>(lines[0]);
   uint64_t* b = reinterpret_cast<uint64_t*>(lines[1]);
   uint64_t* c = reinterpret_cast<uint64_t*>(lines[2]);

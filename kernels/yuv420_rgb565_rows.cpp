@@ -38,6 +38,8 @@ const RowSet<const Rgb565RowPair*> rgb555_key_block_rows = {
     rgb555_key_blocks_scalar, {rgb555_key_blocks_sse41, 4}, {rgb555_key_blocks_avx2, 8}, {nullptr, 1}};
 const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {spread_blocks_sse41, 4}, {spread_blocks_avx2, 8}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> spread32_block_rows = {
+    spread32_blocks_scalar, {spread32_blocks_sse41, 4}, {spread32_blocks_avx2, 8}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb565_blocks_neon, 4}};
@@ -45,11 +47,15 @@ const RowSet<const Rgb565RowPair*> rgb555_key_block_rows = {
     rgb555_key_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb555_key_blocks_neon, 4}};
 const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread_blocks_neon, 4}};
+const RowSet<const Rgb565RowPair*> spread32_block_rows = {
+    spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread32_blocks_neon, 4}};
 #else
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> spread32_block_rows = {
+    spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 #endif
 
 // The chosen rows per level (RGB565, keyed RGB555 side by side), kept for

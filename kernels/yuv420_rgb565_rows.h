@@ -47,6 +47,19 @@ void spread_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
 void spread_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
 
 extern const RowSet<const Rgb565RowPair*> spread_block_rows;
+
+// The same entries in 32-bit slots (kernels/enlarge_rows.h), block m writing
+// bytes 8m..8m+7 of each line.
+void spread32_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread32_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread32_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void spread32_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+
+extern const RowSet<const Rgb565RowPair*> spread32_block_rows;
+
+// The spread rows by entry type.
+inline const RowSet<const Rgb565RowPair*>& SpreadBlockRows(uint64_t*) { return spread_block_rows; }
+inline const RowSet<const Rgb565RowPair*>& SpreadBlockRows(uint32_t*) { return spread32_block_rows; }
 using Rgb565Row = Row<const Rgb565RowPair*>;
 
 // The rows an instance chose when its tables were built (RGB565, keyed

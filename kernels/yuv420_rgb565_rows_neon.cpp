@@ -4,5 +4,6 @@
 #define RGB565_VECTOR_ROW rgb565_blocks_neon
 #define RGB555_VECTOR_ROW rgb555_key_blocks_neon
 #define SPREAD_VECTOR_ROW spread_blocks_neon
+#define SPREAD32_VECTOR_ROW spread32_blocks_neon
 #include "kernels/yuv420_rgb565_vector.h"
 #endif

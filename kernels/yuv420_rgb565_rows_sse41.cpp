@@ -4,5 +4,6 @@
 #define RGB565_VECTOR_ROW rgb565_blocks_sse41
 #define RGB555_VECTOR_ROW rgb555_key_blocks_sse41
 #define SPREAD_VECTOR_ROW spread_blocks_sse41
+#define SPREAD32_VECTOR_ROW spread32_blocks_sse41
 #include "kernels/yuv420_rgb565_vector.h"
 #endif

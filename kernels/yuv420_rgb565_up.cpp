@@ -15,6 +15,22 @@ namespace {
 // before: callers read these rows as 64-bit pixel-pair words.
 inline ptrdiff_t WideRowBytes(int32_t pitch) { return static_cast<ptrdiff_t>(pitch >> 2) * 8; }
 
+// The walk of RszUp over lines of Entry, each output row stretched by HLerp's
+// blends through its row set, chosen once for the picture.
+template <class Entry>
+void StretchRows(const ImgPrcContext* ctx, uint8_t* const* lineBuffers, const uint8_t* const* src,
+                 const uint32_t* srcStrides, int32_t srcWidth, int32_t srcHeight, uint8_t* dst, int32_t pitch,
+                 int32_t dstWidth, int32_t dstHeight, uint32_t sx) {
+  const ptrdiff_t rowBytes = WideRowBytes(pitch);
+  const Hlerp565RowOf<Entry> stretch = PickHlerp565Row<Entry>(sx, dstWidth);
+  const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
+  EnlargeRows<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
+                     [&](const Entry* line, int32_t j) {
+                       const Hlerp565LineOf<Entry> l{line, dst + j * rowBytes, sx};
+                       run_row(stretch, 0, pairs, static_cast<const Hlerp565LineOf<Entry>*>(&l));
+                     });
+}
+
 }  // namespace
 
 extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565RszUp(ImgPrcContext* ctx, uint8_t* const* lineBuffers,
@@ -24,15 +40,14 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565RszUp(ImgPrcContext* ctx, uint
   if (dstHeight < 1) return 0;
   if (!HasLines(lineBuffers, 4)) return 0xFFFFFFFFu;
   const uint32_t sx = static_cast<uint32_t>(ResizeStep(srcWidth, dstWidth));
-  const ptrdiff_t rowBytes = WideRowBytes(pitch);
-  // HLerp's blends through its row set, chosen once for the picture.
-  const Hlerp565Row stretch = PickHlerp565Row(sx, dstWidth);
-  const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
-  EnlargeRows(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
-              [&](const uint64_t* line, int32_t j) {
-                const Hlerp565Line l{line, dst + j * rowBytes, sx};
-                run_row(stretch, 0, pairs, static_cast<const Hlerp565Line*>(&l));
-              });
+  // Lines of 32-bit entries when every row of the walk can be a vector row.
+  if (SpreadLines32(ctx, Convert)) {
+    StretchRows<uint32_t>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dst, pitch, dstWidth,
+                          dstHeight, sx);
+  } else {
+    StretchRows<uint64_t>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dst, pitch, dstWidth,
+                          dstHeight, sx);
+  }
   return 0;
 }
 

@@ -5,7 +5,8 @@
 //                         pixels a row, a quarter of them blocks
 //   RGB565_VECTOR_ROW     the names of the RGB565 row function
 //   RGB555_VECTOR_ROW     of the keyed RGB555 one
-//   SPREAD_VECTOR_ROW     and of the spread-line one (imageproc/interp.h).
+//   SPREAD_VECTOR_ROW     of the spread-line one (imageproc/interp.h)
+//   SPREAD32_VECTOR_ROW   and of the one with 32-bit entries.
 // Terms come from the tables' integer forms in 32-bit lanes; the pixel step
 // is taken on 16-bit lanes with saturating adds (the only intrinsic):
 // with X = L - 32768, X + term saturated and capped at -1 stands for the sum
@@ -243,13 +244,23 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
 
 namespace {
 
+// Entries of 64 or 32 bits (Entry) for a register of pixels.
+template <class Entry>
 V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
   const Sums s = SumsOf(x, t);
   const U16 lo = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
   const U16 hi = (As<U16>(s.r) >> 9 & 63) << 5;
-  const U32 z{};
   const U32 a = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO)));
   const U32 b = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)));
+  if (sizeof(Entry) == 4) {
+    // Each 16-byte half of a and b holds four entries; the first halves come first.
+    const U32 e[2] = {a, b};
+    for (unsigned h = 0; h < N / 16; ++h)
+      for (unsigned j = 0; j < 2; ++j)
+        memcpy(d + 16 * (2 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
+    return;
+  }
+  const U32 z{};
   const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
                     __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
   // Each 16-byte half of e[j] holds two entries; the first halves of all
@@ -259,14 +270,22 @@ V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
       memcpy(d + 16 * (4 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
 }
 
-}  // namespace
-
-// Block m writes entries 2m and 2m + 1 of each line: 16 bytes from 16m.
-void SPREAD_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+// Block m writes entries 2m and 2m + 1 of each line.
+template <class Entry>
+V_INLINE void SpreadRow(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
   for (size_t m = begin; m < end; m += B) {
     const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
-    StoreSpread(l.d0 + 16 * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
-    StoreSpread(l.d1 + 16 * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
+    StoreSpread<Entry>(l.d0 + 2 * sizeof(Entry) * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
+    StoreSpread<Entry>(l.d1 + 2 * sizeof(Entry) * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
   }
+}
+
+}  // namespace
+
+void SPREAD_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  SpreadRow<uint64_t>(begin, end, rp);
+}
+void SPREAD32_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  SpreadRow<uint32_t>(begin, end, rp);
 }

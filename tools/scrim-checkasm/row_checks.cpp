@@ -268,37 +268,41 @@ void repeat_rgb16_blocks(CpuLevel level, unsigned calls) {
 
 // ---- RGB565 stretch ---------------------------------------------------------
 
-// A spread line of random 64-bit entries, cut to exactly the entries the
-// scalar row reads, and a destination with guard bytes on either side.
+// A spread line of random entries (64-bit ones random in both halves), cut to
+// exactly the entries the scalar row reads, and a destination with guard
+// bytes on either side.
+template <class Entry>
 struct StretchLine {
   static constexpr size_t kGuard = 8;
-  std::vector<uint64_t> src;
+  std::vector<Entry> src;
   std::vector<uint8_t> dst;
   StretchLine(size_t end, uint32_t step, std::mt19937& rng)
       : src(((uint64_t(2 * end - 1) * step) >> 16) + 2), dst(8 * end + 2 * kGuard, 0xA5) {
-    for (uint64_t& e : src) e = uint64_t(rng()) << 32 | rng();
+    for (Entry& e : src) e = Entry(uint64_t(rng()) << 32 | rng());
   }
-  Hlerp565Line Line(uint32_t step) { return {src.data(), dst.data() + kGuard, step}; }
+  Hlerp565LineOf<Entry> Line(uint32_t step) { return {src.data(), dst.data() + kGuard, step}; }
 };
 
+template <class Entry>
 bool check_hlerp565(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
-  for (size_t n = 1; n <= 5 * pick_row(hlerp565_rows, level).vector.step; ++n)
+  const auto& rows = Hlerp565Rows(static_cast<Entry*>(nullptr));
+  for (size_t n = 1; n <= 5 * pick_row(rows, level).vector.step; ++n)
     for (unsigned round = 0; round < 16; ++round) {
       // Steps near one entry and near half of one (the 2x enlargement).
       const uint32_t step = round % 2 ? 0x10000 - 1 - rng() % 0x2000 : 0x7FF0 + rng() % 32;
       const size_t begin = rng() % 3, end = begin + n;
-      StretchLine want(end, step, rng), got = want;
-      const Hlerp565Line w = want.Line(step), g = got.Line(step);
-      hlerp565_rows.scalar(begin, end, &w);
-      run_row(PickHlerp565Row(step, int32_t(2 * end), level), begin, end, &g);
+      StretchLine<Entry> want(end, step, rng), got = want;
+      const Hlerp565LineOf<Entry> w = want.Line(step), g = got.Line(step);
+      rows.scalar(begin, end, &w);
+      run_row(PickHlerp565Row<Entry>(step, int32_t(2 * end), level), begin, end, &g);
       if (got.dst == want.dst) continue;
       size_t i = 0;
       while (got.dst[i] == want.dst[i]) ++i;
       *failure = "entries " + std::to_string(begin) + ".." + std::to_string(end - 1) + " step " +
-                 std::to_string(step) + ": byte " + std::to_string(long(i) - long(StretchLine::kGuard)) +
-                 " is " + std::to_string(got.dst[i]) + ", the scalar row gives " +
-                 std::to_string(want.dst[i]);
+                 std::to_string(step) + ": byte " +
+                 std::to_string(long(i) - long(StretchLine<Entry>::kGuard)) + " is " +
+                 std::to_string(got.dst[i]) + ", the scalar row gives " + std::to_string(want.dst[i]);
       return false;
     }
   return true;
@@ -307,43 +311,48 @@ bool check_hlerp565(CpuLevel level, unsigned seed, std::string* failure) {
 // 960 entries stretched to 1920 pixels.
 constexpr uint32_t kStretchStep = (959u << 16) / 1919;
 
+template <class Entry>
 void bench_hlerp565(CpuLevel level, double* scalarNs, double* chosenNs) {
   std::mt19937 rng(1);
-  StretchLine image(960, kStretchStep, rng);
-  const Hlerp565Line l = image.Line(kStretchStep);
-  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
-  *scalarNs = ns_per_call([&] { hlerp565_rows.scalar(0, 960, &l); });
+  StretchLine<Entry> image(960, kStretchStep, rng);
+  const Hlerp565LineOf<Entry> l = image.Line(kStretchStep);
+  const Hlerp565RowOf<Entry> row = PickHlerp565Row<Entry>(kStretchStep, 1920, level);
+  *scalarNs = ns_per_call([&] { row.scalar(0, 960, &l); });
   *chosenNs = ns_per_call([&] { run_row(row, 0, 960, &l); });
 }
 
+template <class Entry>
 void repeat_hlerp565(CpuLevel level, unsigned calls) {
   std::mt19937 rng(1);
-  StretchLine image(960, kStretchStep, rng);
-  const Hlerp565Line l = image.Line(kStretchStep);
-  const Hlerp565Row row = PickHlerp565Row(kStretchStep, 1920, level);
+  StretchLine<Entry> image(960, kStretchStep, rng);
+  const Hlerp565LineOf<Entry> l = image.Line(kStretchStep);
+  const Hlerp565RowOf<Entry> row = PickHlerp565Row<Entry>(kStretchStep, 1920, level);
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &l);
 }
 
 // ---- vertical blend of spread lines -----------------------------------------
 
+template <class Entry>
 struct BlendLines {
-  std::vector<uint64_t> a, b, out;
-  BlendLines(size_t end, std::mt19937& rng) : a(end), b(end), out(end + 2, 0xA5A5A5A5A5A5A5A5u) {
+  std::vector<Entry> a, b, out;
+  BlendLines(size_t end, std::mt19937& rng) : a(end), b(end), out(end + 2, Entry(0xA5A5A5A5A5A5A5A5u)) {
     for (auto* v : {&a, &b})
-      for (uint64_t& e : *v) e = uint64_t(rng()) << 32 | rng();
+      for (Entry& e : *v) e = Entry(uint64_t(rng()) << 32 | rng());
   }
-  VlerpLines Lines(uint32_t w) { return {a.data(), b.data(), out.data() + 1, w}; }
+  VlerpLinesOf<Entry> Lines(uint32_t w) { return {a.data(), b.data(), out.data() + 1, w}; }
 };
 
+template <class Entry>
 bool check_vlerp(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
-  const VlerpRow row = pick_row(vlerp_rows, level);
+  const auto& rows = VlerpRows(static_cast<Entry*>(nullptr));
+  const VlerpRowOf<Entry> row = pick_row(rows, level);
   for (size_t n = 1; n <= 5 * row.vector.step; ++n)
     for (uint32_t w = 0; w < 32; ++w) {
       const size_t begin = rng() % 3, end = begin + n;
-      BlendLines want(end, rng), got = want;
-      const VlerpLines wl = want.Lines(w), gl = got.Lines(w);
-      vlerp_rows.scalar(begin, end, &wl);
+      BlendLines<Entry> want(end, rng), got = want;
+      const VlerpLinesOf<Entry> wl = want.Lines(w), gl = got.Lines(w);
+      rows.scalar(begin, end, &wl);
       run_row(row, begin, end, &gl);
       if (got.out == want.out) continue;
       size_t i = 0;
@@ -355,20 +364,22 @@ bool check_vlerp(CpuLevel level, unsigned seed, std::string* failure) {
   return true;
 }
 
+template <class Entry>
 void bench_vlerp(CpuLevel level, double* scalarNs, double* chosenNs) {
   std::mt19937 rng(1);
-  BlendLines image(1920, rng);
-  const VlerpLines l = image.Lines(13);
-  const VlerpRow row = pick_row(vlerp_rows, level);
-  *scalarNs = ns_per_call([&] { vlerp_rows.scalar(0, 1920, &l); });
+  BlendLines<Entry> image(1920, rng);
+  const VlerpLinesOf<Entry> l = image.Lines(13);
+  const VlerpRowOf<Entry> row = pick_row(VlerpRows(static_cast<Entry*>(nullptr)), level);
+  *scalarNs = ns_per_call([&] { row.scalar(0, 1920, &l); });
   *chosenNs = ns_per_call([&] { run_row(row, 0, 1920, &l); });
 }
 
+template <class Entry>
 void repeat_vlerp(CpuLevel level, unsigned calls) {
   std::mt19937 rng(1);
-  BlendLines image(1920, rng);
-  const VlerpLines l = image.Lines(13);
-  const VlerpRow row = pick_row(vlerp_rows, level);
+  BlendLines<Entry> image(1920, rng);
+  const VlerpLinesOf<Entry> l = image.Lines(13);
+  const VlerpRowOf<Entry> row = pick_row(VlerpRows(static_cast<Entry*>(nullptr)), level);
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, &l);
 }
 
@@ -385,8 +396,12 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<rgb555_key_block_rows>, repeat_rgb16_blocks<rgb555_key_block_rows>},
       {"yuv420_spread_blocks", check_rgb16_blocks<spread_block_rows, false, 16>,
        bench_rgb16_blocks<spread_block_rows, 16>, repeat_rgb16_blocks<spread_block_rows, 16>},
-      {"hlerp565_stretch", check_hlerp565, bench_hlerp565, repeat_hlerp565},
-      {"vlerp_blend", check_vlerp, bench_vlerp, repeat_vlerp},
+      {"yuv420_spread32_blocks", check_rgb16_blocks<spread32_block_rows, false, 8>,
+       bench_rgb16_blocks<spread32_block_rows, 8>, repeat_rgb16_blocks<spread32_block_rows, 8>},
+      {"hlerp565_stretch", check_hlerp565<uint64_t>, bench_hlerp565<uint64_t>, repeat_hlerp565<uint64_t>},
+      {"hlerp565_32_stretch", check_hlerp565<uint32_t>, bench_hlerp565<uint32_t>, repeat_hlerp565<uint32_t>},
+      {"vlerp_blend", check_vlerp<uint64_t>, bench_vlerp<uint64_t>, repeat_vlerp<uint64_t>},
+      {"vlerp32_blend", check_vlerp<uint32_t>, bench_vlerp<uint32_t>, repeat_vlerp<uint32_t>},
   };
   return checks;
 }
