@@ -27,8 +27,8 @@ inline bool HasLines(uint8_t* const* lines, int count) {
 
 // Converts a source row pair (rows r and r + 1, chroma row r >> 1, so a pair
 // that starts on an odd row uses its first row's chroma for both) into spread
-// lines of Entry. Lines of 32-bit entries come from the spread rows alone,
-// which need tables their integer forms reproduce (SpreadLines32 says when).
+// lines of Entry. Lines of 32-bit entries hold Convert's values and come from
+// the spread rows alone (SpreadLines32 says when a walk keeps them).
 template <class Entry = uint64_t>
 class RowPairConverter {
  public:
