@@ -129,6 +129,39 @@ void BM_Libyuv_ScaleBilinear_ToRGB565_720p_to_1080p(benchmark::State& state) {
 BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_960x540_to_1080p);
 BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_720p_to_1080p);
 
+// A shrink, 1080p to 1280x720, through the frame call (the any-ratio member:
+// rows of 64-bit pixel pairs, pitch / 4 * 8 bytes apart), beside libyuv's
+// bilinear scale then convert.
+void BM_Rgb565_Shrink_1080p_to_720p(benchmark::State& state) {
+  I420 src(1920, 1080);
+  Converter c(1920, 1080, 1280, 720, 0);
+  std::vector<uint8_t> dst(1280 * 720 * 4);
+  for (auto _ : state) {
+    if (!c.Frame(src, dst.data(), 2560)) {
+      state.SkipWithError("frame call failed");
+      break;
+    }
+    benchmark::ClobberMemory();
+  }
+  SetPixels(state, 1280, 720);
+}
+BENCHMARK(BM_Rgb565_Shrink_1080p_to_720p);
+
+void BM_Libyuv_ScaleBilinear_ToRGB565_1080p_to_720p(benchmark::State& state) {
+  I420 src(1920, 1080);
+  I420 small(1280, 720);
+  std::vector<uint8_t> dst(1280 * 720 * 2);
+  for (auto _ : state) {
+    libyuv::I420Scale(src.planes[0], 1920, src.planes[1], 960, src.planes[2], 960, 1920, 1080, small.y.data(),
+                      1280, small.u.data(), 640, small.v.data(), 640, 1280, 720, libyuv::kFilterBilinear);
+    libyuv::I420ToRGB565(small.y.data(), 1280, small.u.data(), 640, small.v.data(), 640, dst.data(), 2560, 1280,
+                         720);
+    benchmark::ClobberMemory();
+  }
+  SetPixels(state, 1280, 720);
+}
+BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_1080p_to_720p);
+
 // A quarter turn anticlockwise: 1080 rows of 1920 become 1920 rows of 1080.
 void BM_Rgb565_QuarterTurn_1080p(benchmark::State& state) {
   ThroughFrameCall(state, 1920, 1080, 1, 1920 * 1080 * 2, 2160);

@@ -1,5 +1,6 @@
 // The enlargement row sets and the stretch's choice per picture call (the
-// scalar rows live beside HLerp and VLerp, in imageproc/interp.cpp).
+// scalar stretch and blend rows live beside HLerp and VLerp, in
+// imageproc/interp.cpp), and the any-ratio sampler's blend down.
 #include "kernels/enlarge_rows.h"
 
 #if defined(__x86_64__)
@@ -10,6 +11,8 @@ const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {vlerp_sse41, 2}, {vlerp_avx2, 4}, {nullptr, 1}};
 const RowSet<const VlerpLines32*> vlerp32_rows = {
     vlerp32_scalar, {vlerp32_sse41, 4}, {vlerp32_avx2, 8}, {nullptr, 1}};
+const RowSet<const BlendDownRows*> blend_down_rows = {
+    blend_down_scalar, {blend_down_sse41, 8}, {blend_down_avx2, 16}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Hlerp565Line*> hlerp565_rows = {
     hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_neon, 2}};
@@ -18,13 +21,25 @@ const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp_neon, 2}};
 const RowSet<const VlerpLines32*> vlerp32_rows = {
     vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp32_neon, 4}};
+const RowSet<const BlendDownRows*> blend_down_rows = {
+    blend_down_scalar, {nullptr, 1}, {nullptr, 1}, {blend_down_neon, 8}};
 #else
 const RowSet<const Hlerp565Line*> hlerp565_rows = {hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
     hlerp565_32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const VlerpLines32*> vlerp32_rows = {vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const BlendDownRows*> blend_down_rows = {
+    blend_down_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 #endif
+
+void blend_down_scalar(size_t begin, size_t end, const BlendDownRows* rows) {
+  const uint8_t* a = rows->a;
+  const uint8_t* b = rows->b;
+  const int32_t w = rows->w;
+  for (size_t i = begin; i < end; ++i)
+    rows->out[i] = static_cast<int16_t>(w == 0 ? 2 * a[i] : (a[i] * 32 + (b[i] - a[i]) * w) >> 4);
+}
 
 template <class Entry>
 Hlerp565RowOf<Entry> PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level) {

@@ -81,3 +81,21 @@ inline const RowSet<const Hlerp565Line*>& Hlerp565Rows(uint64_t*) { return hlerp
 inline const RowSet<const Hlerp565Line32*>& Hlerp565Rows(uint32_t*) { return hlerp565_32_rows; }
 inline const RowSet<const VlerpLines*>& VlerpRows(uint64_t*) { return vlerp_rows; }
 inline const RowSet<const VlerpLines32*>& VlerpRows(uint32_t*) { return vlerp32_rows; }
+
+// The first step of the any-ratio luma sampler (PlaneRowPair::At,
+// kernels/resize_step.h) over a run of columns: out[i] is
+// (a[i] * 32 + (b[i] - a[i]) * w) >> 4, or 2 * a[i] at weight 0, where the
+// lower row is not read (it may lie past the plane).
+struct BlendDownRows {
+  const uint8_t* a;
+  const uint8_t* b;
+  int16_t* out;
+  int32_t w;  // 0..31
+};
+
+void blend_down_scalar(size_t begin, size_t end, const BlendDownRows* rows);
+void blend_down_sse41(size_t begin, size_t end, const BlendDownRows* rows);
+void blend_down_avx2(size_t begin, size_t end, const BlendDownRows* rows);
+void blend_down_neon(size_t begin, size_t end, const BlendDownRows* rows);
+
+extern const RowSet<const BlendDownRows*> blend_down_rows;

@@ -7,7 +7,9 @@
 //   HLERP565_VECTOR_ROW   the names of the stretch row
 //   VLERP_VECTOR_ROW      and of the blend row over 64-bit entries,
 //   HLERP565_32_VECTOR_ROW
-//   VLERP32_VECTOR_ROW    and over 32-bit entries.
+//   VLERP32_VECTOR_ROW    and over 32-bit entries,
+//   BLEND_DOWN_VECTOR_ROW the any-ratio sampler's blend down (a step is a
+//                         register of 16-bit values).
 //
 // The stretch:
 // A register's positions span at most one entry per pixel, so with a step
@@ -89,6 +91,21 @@ V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte ind
   *at = ShuffleBytes(v, bytes);
   *next = ShuffleBytes(v, bytes + 0x04040404u);
 }
+#endif
+
+typedef int16_t I16 __attribute__((vector_size(N)));
+
+// N / 2 bytes widened to 16-bit lanes.
+#if defined(__AVX2__)
+V_INLINE I16 Widen16(const uint8_t* p) {
+  return As<I16>(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+}
+#elif defined(__SSE4_1__)
+V_INLINE I16 Widen16(const uint8_t* p) {
+  return As<I16>(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+}
+#else
+V_INLINE I16 Widen16(const uint8_t* p) { return As<I16>(vmovl_u8(vld1_u8(p))); }
 #endif
 
 // Entries e..e+L-1 in 32-bit lanes (of 64-bit entries, the low halves).
@@ -174,3 +191,16 @@ void HLERP565_32_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line32* line
 }
 void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) { Blend(begin, end, lines); }
 void VLERP32_VECTOR_ROW(size_t begin, size_t end, const VlerpLines32* lines) { Blend(begin, end, lines); }
+
+// On 16-bit lanes: a * 32 + (b - a) * w lies in 0..16065.
+void BLEND_DOWN_VECTOR_ROW(size_t begin, size_t end, const BlendDownRows* rows) {
+  const uint8_t* const a = rows->a;
+  const uint8_t* const b = rows->b;
+  int16_t* const out = rows->out;
+  const int16_t w = static_cast<int16_t>(rows->w);
+  for (size_t i = begin; i < end; i += N / 2) {
+    const I16 x = Widen16(a + i);
+    const I16 v = w == 0 ? x + x : (x * 32 + (Widen16(b + i) - x) * w) >> 4;
+    memcpy(out + i, &v, N);
+  }
+}

@@ -97,10 +97,11 @@ std::vector<KRun> DirectRuns() {
     add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
   }
   add(M::Rot, {{260, 3, 260, 3}}, {1, 4}, {2});  // rotated rows are converted 64 blocks at a time
-  // Quarter turns go out in tiles of 8 row pairs x 4 blocks: bands, groups and pieces with remainders.
+  // Quarter turns go out turned in groups of 4 row pairs x 4 blocks: bands, groups and pieces with remainders.
   add(M::Rot, {{70, 33, 70, 33}, {260, 17, 260, 17}}, {1, 2}, {0, 2});
-  const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9}, {8, 8, 1, 1},
-                    {8, 6, 1, 5},       {9, 7, 5, 3},   {4, 4, 4, 4},  {32, 18, 48, 26}};
+  // Rows go through the block row 64 blocks at a time, blending down at most 1024 source columns a piece.
+  const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9},    {8, 8, 1, 1},     {8, 6, 1, 5},
+                    {9, 7, 5, 3},       {4, 4, 4, 4},   {32, 18, 48, 26}, {2400, 4, 18, 2}, {300, 6, 141, 4}};
   add(M::Rsz, rsz, {0}, {8});
   add(M::RszRot, {{12, 10, 6, 4}, {6, 4, 10, 8}, {8, 8, 2, 2}}, {0, 1, 2, 3, 4, 5}, {0, 4});
   // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2, rows 7 and 8 chroma row 3.

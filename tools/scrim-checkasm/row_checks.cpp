@@ -383,6 +383,55 @@ void repeat_vlerp(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, &l);
 }
 
+// ---- blend down of the any-ratio sampler --------------------------------------
+
+struct DownRows {
+  std::vector<uint8_t> a, b;
+  std::vector<int16_t> out;
+  DownRows(size_t end, std::mt19937& rng) : a(end), b(end), out(end + 2, int16_t(0x5A5A)) {
+    for (auto* v : {&a, &b})
+      for (uint8_t& e : *v) e = uint8_t(rng());
+  }
+  BlendDownRows Rows(int32_t w) { return {a.data(), b.data(), out.data() + 1, w}; }
+};
+
+bool check_blend_down(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  const Row<const BlendDownRows*> row = pick_row(blend_down_rows, level);
+  for (size_t n = 1; n <= 5 * row.vector.step; ++n)
+    for (int32_t w = 0; w < 32; ++w) {
+      const size_t begin = rng() % 3, end = begin + n;
+      DownRows want(end, rng), got = want;
+      const BlendDownRows wr = want.Rows(w), gr = got.Rows(w);
+      blend_down_rows.scalar(begin, end, &wr);
+      run_row(row, begin, end, &gr);
+      if (got.out == want.out) continue;
+      size_t i = 0;
+      while (got.out[i] == want.out[i]) ++i;
+      *failure = "columns " + std::to_string(begin) + ".." + std::to_string(end - 1) + " weight " +
+                 std::to_string(w) + ": column " + std::to_string(long(i) - 1) + " differs";
+      return false;
+    }
+  return true;
+}
+
+void bench_blend_down(CpuLevel level, double* scalarNs, double* chosenNs) {
+  std::mt19937 rng(1);
+  DownRows image(1920, rng);
+  const BlendDownRows r = image.Rows(13);
+  const Row<const BlendDownRows*> row = pick_row(blend_down_rows, level);
+  *scalarNs = ns_per_call([&] { blend_down_rows.scalar(0, 1920, &r); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, 1920, &r); });
+}
+
+void repeat_blend_down(CpuLevel level, unsigned calls) {
+  std::mt19937 rng(1);
+  DownRows image(1920, rng);
+  const BlendDownRows r = image.Rows(13);
+  const Row<const BlendDownRows*> row = pick_row(blend_down_rows, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 1920, &r);
+}
+
 }  // namespace
 
 const std::vector<RowCheck>& row_checks() {
@@ -402,6 +451,7 @@ const std::vector<RowCheck>& row_checks() {
       {"hlerp565_32_stretch", check_hlerp565<uint32_t>, bench_hlerp565<uint32_t>, repeat_hlerp565<uint32_t>},
       {"vlerp_blend", check_vlerp<uint64_t>, bench_vlerp<uint64_t>, repeat_vlerp<uint64_t>},
       {"vlerp32_blend", check_vlerp<uint32_t>, bench_vlerp<uint32_t>, repeat_vlerp<uint32_t>},
+      {"resize_blend_down", check_blend_down, bench_blend_down, repeat_blend_down},
   };
   return checks;
 }
