@@ -68,4 +68,39 @@ inline bool TurnedRowsOf(const ImgPrcRotationRecord& rec, size_t pairs, TurnedRo
   return true;
 }
 
+// Rotated rows are produced a piece of kRotPiece blocks at a time, bands of
+// kTileRows row pairs into one tile.
+constexpr size_t kRotPiece = 64;
+constexpr size_t kTileRows = 32;
+
+// The walk of the rotated kernels: fill(k, m0, n, row0, row1) writes the
+// pixels of blocks m0..m0+n-1 of row pair k into two tile rows of 16-bit
+// pixels (block i's top pair at row0[2i], its bottom pair at row1[2i]); when
+// the record allows, whole groups of 4 row pairs x 4 blocks go out turned,
+// the rest block by block through the cursors.
+template <class Fill>
+void TurnedWalk(const ImgPrcRotationRecord& rec, size_t pairs, size_t blocks, Fill fill) {
+  CursorBlockWriter out(rec);
+  TurnedRows turned{};
+  const bool tiles = TurnedRowsOf(rec, pairs, &turned);
+  uint16_t tile[2 * kTileRows][2 * kRotPiece];
+  for (size_t k0 = 0; k0 < pairs; k0 += kTileRows) {
+    const size_t rows = pairs - k0 < kTileRows ? pairs - k0 : kTileRows;
+    const size_t quads = tiles ? rows / 4 : 0;
+    for (size_t m0 = 0; m0 < blocks; m0 += kRotPiece) {
+      const size_t n = blocks - m0 < kRotPiece ? blocks - m0 : kRotPiece;
+      for (size_t j = 0; j < rows; ++j) fill(k0 + j, m0, n, tile[2 * j], tile[2 * j + 1]);
+      const size_t grouped = quads > 0 ? n & ~size_t{3} : 0;
+      for (size_t x = 0; x < 2 * grouped; x += 8)
+        turned.StoreTile(&tile[0][0], 2 * kRotPiece, quads, 2 * m0 + x, x, k0);
+      for (size_t j = 0; j < rows; ++j) {
+        out.RowPair(static_cast<int32_t>(k0 + j));
+        for (size_t i = j < 4 * quads ? grouped : 0; i < n; ++i)
+          out.Block(static_cast<int32_t>(m0 + i), tile[2 * j][2 * i], tile[2 * j][2 * i + 1],
+                    tile[2 * j + 1][2 * i], tile[2 * j + 1][2 * i + 1]);
+      }
+    }
+  }
+}
+
 }  // namespace scrim

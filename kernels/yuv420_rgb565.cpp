@@ -55,11 +55,6 @@ void ConvertRows(const Rgb565Row& row, const ImgPrcContext* ctx, const uint8_t* 
   }
 }
 
-// Rotated rows are converted a piece of kRotPiece blocks at a time, then
-// stored through the cursors or turned in tiles of kTileRows row pairs.
-constexpr size_t kRotPiece = 64;
-constexpr size_t kTileRows = 32;
-
 }  // namespace
 
 extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565(ImgPrcContext* ctx, const uint8_t* const* src,
@@ -80,43 +75,21 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Rot(ImgPrcContext* ctx, const 
                                                       int32_t height) {
   if (height < 1) return 0;
   if (ctx->rotationRecord == nullptr) return 0xFFFFFFFFu;
-  CursorBlockWriter out(*ctx->rotationRecord);
   const Rgb565Row* row = Rgb565RowOf(ctx);
   if (row == nullptr) {
+    CursorBlockWriter out(*ctx->rotationRecord);
     Walk420(src, srcStrides, width, height, Color565{ColorTables(ctx), {}}, out);
     return 0;
   }
-  // Bands of kTileRows row pairs are converted a piece at a time into tile
-  // rows; when the record allows, whole groups of 4 row pairs x 4 blocks go
-  // out turned, the rest block by block through the cursors.
   const size_t pairs = (static_cast<size_t>(height) + 1) / 2;
-  const size_t blocks = BlocksOf(width);
-  TurnedRows turned{};
-  const bool tiles = TurnedRowsOf(*ctx->rotationRecord, pairs, &turned);
-  uint16_t tile[2 * kTileRows][2 * kRotPiece];
-  for (size_t k0 = 0; k0 < pairs; k0 += kTileRows) {
-    const size_t rows = pairs - k0 < kTileRows ? pairs - k0 : kTileRows;
-    const size_t quads = tiles ? rows / 4 : 0;
-    for (size_t m0 = 0; m0 < blocks; m0 += kRotPiece) {
-      const size_t n = blocks - m0 < kRotPiece ? blocks - m0 : kRotPiece;
-      for (size_t j = 0; j < rows; ++j) {
-        Rgb565RowPair rp = RowPairAt(ctx, src, srcStrides, k0 + j);
-        rp.y0 += 2 * m0, rp.y1 += 2 * m0, rp.cb += m0, rp.cr += m0;
-        rp.d0 = reinterpret_cast<uint8_t*>(tile[2 * j]);
-        rp.d1 = reinterpret_cast<uint8_t*>(tile[2 * j + 1]);
-        run_row(*row, 0, n, static_cast<const Rgb565RowPair*>(&rp));
-      }
-      const size_t grouped = quads > 0 ? n & ~size_t{3} : 0;
-      for (size_t x = 0; x < 2 * grouped; x += 8)
-        turned.StoreTile(&tile[0][0], 2 * kRotPiece, quads, 2 * m0 + x, x, k0);
-      for (size_t j = 0; j < rows; ++j) {
-        out.RowPair(static_cast<int32_t>(k0 + j));
-        for (size_t i = j < 4 * quads ? grouped : 0; i < n; ++i)
-          out.Block(static_cast<int32_t>(m0 + i), tile[2 * j][2 * i], tile[2 * j][2 * i + 1],
-                    tile[2 * j + 1][2 * i], tile[2 * j + 1][2 * i + 1]);
-      }
-    }
-  }
+  TurnedWalk(*ctx->rotationRecord, pairs, BlocksOf(width),
+             [&](size_t k, size_t m0, size_t n, uint16_t* row0, uint16_t* row1) {
+               Rgb565RowPair rp = RowPairAt(ctx, src, srcStrides, k);
+               rp.y0 += 2 * m0, rp.y1 += 2 * m0, rp.cb += m0, rp.cr += m0;
+               rp.d0 = reinterpret_cast<uint8_t*>(row0);
+               rp.d1 = reinterpret_cast<uint8_t*>(row1);
+               run_row(*row, 0, n, static_cast<const Rgb565RowPair*>(&rp));
+             });
   return 0;
 }
 

@@ -104,6 +104,7 @@ std::vector<KRun> DirectRuns() {
                     {9, 7, 5, 3},       {4, 4, 4, 4},   {32, 18, 48, 26}, {2400, 4, 18, 2}, {300, 6, 141, 4}};
   add(M::Rsz, rsz, {0}, {8});
   add(M::RszRot, {{12, 10, 6, 4}, {6, 4, 10, 8}, {8, 8, 2, 2}}, {0, 1, 2, 3, 4, 5}, {0, 4});
+  add(M::RszRot, {{40, 36, 30, 34}, {300, 20, 141, 10}}, {1, 2}, {0});  // turned in groups, over two pieces
   // 11 rows to 5: row 5 is not cached, so rows 5 and 6 share chroma row 2, rows 7 and 8 chroma row 3.
   const auto up = {Size{4, 4, 8, 8}, {6, 4, 9, 7},   {8, 6, 1, 1}, {10, 8, 16, 30}, {16, 6, 24, 9},
                    {12, 11, 12, 13}, {20, 10, 8, 6}, {2, 2, 3, 2}, {8, 11, 8, 5}};
