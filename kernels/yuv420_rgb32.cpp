@@ -7,6 +7,7 @@
 #include "kernels/rgb32_writers.h"
 #include "kernels/rgb565_writers.h"
 #include "kernels/rgb_steps.h"
+#include "kernels/yuv420_rgb565_rows.h"
 
 using namespace scrim;
 
@@ -14,12 +15,48 @@ namespace {
 
 constexpr uint32_t kMissingRecord = 0xFFFFFFFFu;
 
+// The 32-bit pixel rows of a step's family (RGB888 takes ARGB's, alpha 0).
+inline const RowSet<const Rgb565RowPair*>& PixelRows(ArgbStep) { return argb_block_rows; }
+inline const RowSet<const Rgb565RowPair*>& PixelRows(AbgrStep) { return abgr_block_rows; }
+
+// The same-size walk: with vector rows in force (tables their integer forms
+// reproduce), each row pair is converted a piece of kPiece blocks at a time
+// by the family's pixel rows and the writer places the finished pixels;
+// otherwise block by block through the lookups.
+constexpr size_t kPiece = 64;
+template <class Step, class Writer>
+void Walk(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides, int32_t width,
+          int32_t height, Step step, Writer& out) {
+  if (Rgb565RowOf(ctx) == nullptr) {
+    Walk420(src, strides, width, height, SharedChroma<Step>{ColorTables(ctx), step}, out);
+    return;
+  }
+  const Row<const Rgb565RowPair*> row = pick_row(PixelRows(step));
+  const size_t blocks = BlocksOf(width);
+  uint32_t px[2][2 * kPiece];
+  for (int32_t k = 0; 2 * k < height; ++k) {
+    out.RowPair(k);
+    for (size_t m0 = 0; m0 < blocks; m0 += kPiece) {
+      const size_t n = blocks - m0 < kPiece ? blocks - m0 : kPiece;
+      Rgb565RowPair rp = RowPairAt(ctx, src, strides, static_cast<size_t>(k));
+      rp.y0 += 2 * m0, rp.y1 += 2 * m0, rp.cb += m0, rp.cr += m0;
+      rp.d0 = reinterpret_cast<uint8_t*>(px[0]);
+      rp.d1 = reinterpret_cast<uint8_t*>(px[1]);
+      rp.key = step.alpha;
+      run_row(row, 0, n, static_cast<const Rgb565RowPair*>(&rp));
+      for (size_t i = 0; i < n; ++i)
+        out.Block(static_cast<int32_t>(m0 + i), px[0][2 * i], px[0][2 * i + 1], px[1][2 * i],
+                  px[1][2 * i + 1]);
+    }
+  }
+}
+
 template <class Pair, class Step>
 uint32_t Plain(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides, int32_t width,
                int32_t height, uint8_t* dst, int32_t pitch, Step step) {
   if (height < 1) return 0;
   RowsBlockWriter<Pair> out(dst, pitch);
-  Walk420(src, strides, width, height, SharedChroma<Step>{ColorTables(ctx), step}, out);
+  Walk(ctx, src, strides, width, height, step, out);
   return 0;
 }
 
@@ -29,7 +66,7 @@ uint32_t Rot(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t
   if (height < 1) return 0;
   if (ctx->rotationRecord == nullptr) return kMissingRecord;
   CursorWriter<Px> out(*ctx->rotationRecord);
-  Walk420(src, strides, width, height, SharedChroma<Step>{ColorTables(ctx), step}, out);
+  Walk(ctx, src, strides, width, height, step, out);
   return 0;
 }
 

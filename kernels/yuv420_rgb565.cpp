@@ -31,16 +31,6 @@ struct Color555Keyed {
   }
 };
 
-// Column pairs of a row: an odd width is walked as the next even one.
-size_t BlocksOf(int32_t width) { return width > 0 ? (static_cast<size_t>(width) + 1) / 2 : 0; }
-
-// Row pair k's sources in a row record.
-Rgb565RowPair RowPairAt(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides,
-                        size_t k) {
-  const uint8_t* y0 = src[0] + 2 * k * strides[0];
-  return {y0, y0 + strides[0], src[1] + k * strides[1], src[2] + k * strides[1], nullptr, nullptr, ctx, 0};
-}
-
 // Row pairs into plain destination rows pitch bytes apart.
 void ConvertRows(const Rgb565Row& row, const ImgPrcContext* ctx, const uint8_t* const* src,
                  const uint32_t* strides, int32_t width, int32_t height, uint8_t* dst, int32_t pitch,

@@ -2,6 +2,7 @@
 // and the choice an instance makes when its tables are built.
 #include "kernels/yuv420_rgb565_rows.h"
 
+#include "kernels/rgb_steps.h"
 #include "kernels/yuv_color_step.h"
 
 using namespace scrim;
@@ -31,6 +32,29 @@ void rgb555_key_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp)
   }
 }
 
+namespace {
+
+template <class Step>
+void Blocks8888(size_t begin, size_t end, const Rgb565RowPair* rp, Step step) {
+  const ColorTables tab(rp->ctx);
+  for (size_t m = begin; m < end; ++m) {
+    const ChromaTerms t = ChromaTermsOf(tab, rp->cb[m], rp->cr[m]);
+    Store32(rp->d0 + 8 * m, step(tab.Luma(rp->y0[2 * m]), t));
+    Store32(rp->d0 + 8 * m + 4, step(tab.Luma(rp->y0[2 * m + 1]), t));
+    Store32(rp->d1 + 8 * m, step(tab.Luma(rp->y1[2 * m]), t));
+    Store32(rp->d1 + 8 * m + 4, step(tab.Luma(rp->y1[2 * m + 1]), t));
+  }
+}
+
+}  // namespace
+
+void argb_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  Blocks8888(begin, end, rp, ArgbStep{rp->key & 0xFF000000u});
+}
+void abgr_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  Blocks8888(begin, end, rp, AbgrStep{rp->key & 0xFF000000u});
+}
+
 #if defined(__x86_64__)
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {rgb565_blocks_sse41, 4}, {rgb565_blocks_avx2, 8}, {nullptr, 1}};
@@ -40,6 +64,10 @@ const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {spread_blocks_sse41, 4}, {spread_blocks_avx2, 8}, {nullptr, 1}};
 const RowSet<const Rgb565RowPair*> spread32_block_rows = {
     spread32_blocks_scalar, {spread32_blocks_sse41, 4}, {spread32_blocks_avx2, 8}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> argb_block_rows = {
+    argb_blocks_scalar, {argb_blocks_sse41, 4}, {argb_blocks_avx2, 8}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> abgr_block_rows = {
+    abgr_blocks_scalar, {abgr_blocks_sse41, 4}, {abgr_blocks_avx2, 8}, {nullptr, 1}};
 #elif defined(__aarch64__)
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb565_blocks_neon, 4}};
@@ -49,6 +77,10 @@ const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread_blocks_neon, 4}};
 const RowSet<const Rgb565RowPair*> spread32_block_rows = {
     spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread32_blocks_neon, 4}};
+const RowSet<const Rgb565RowPair*> argb_block_rows = {
+    argb_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {argb_blocks_neon, 4}};
+const RowSet<const Rgb565RowPair*> abgr_block_rows = {
+    abgr_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {abgr_blocks_neon, 4}};
 #else
 const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
     rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
@@ -56,6 +88,10 @@ const RowSet<const Rgb565RowPair*> spread_block_rows = {
     spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 const RowSet<const Rgb565RowPair*> spread32_block_rows = {
     spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> argb_block_rows = {
+    argb_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
+const RowSet<const Rgb565RowPair*> abgr_block_rows = {
+    abgr_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
 #endif
 
 // The chosen rows per level (RGB565, keyed RGB555 side by side), kept for

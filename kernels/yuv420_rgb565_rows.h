@@ -57,10 +57,35 @@ void spread32_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
 
 extern const RowSet<const Rgb565RowPair*> spread32_block_rows;
 
+// 32-bit pixels of the ARGB32 (alpha | R << 16 | G << 8 | B) and ABGR32
+// families, the same walk and terms, block m writing bytes 8m..8m+7 of each
+// row; key holds the alpha in bits 31-24.
+void argb_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void argb_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void argb_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void argb_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+void abgr_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
+void abgr_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
+void abgr_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
+void abgr_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+
+extern const RowSet<const Rgb565RowPair*> argb_block_rows;
+extern const RowSet<const Rgb565RowPair*> abgr_block_rows;
+
 // The spread rows by entry type.
 inline const RowSet<const Rgb565RowPair*>& SpreadBlockRows(uint64_t*) { return spread_block_rows; }
 inline const RowSet<const Rgb565RowPair*>& SpreadBlockRows(uint32_t*) { return spread32_block_rows; }
 using Rgb565Row = Row<const Rgb565RowPair*>;
+
+// Column pairs of a row: an odd width is walked as the next even one.
+inline size_t BlocksOf(int32_t width) { return width > 0 ? (static_cast<size_t>(width) + 1) / 2 : 0; }
+
+// Row pair k's sources in a row record (both chroma planes use stride 1).
+inline Rgb565RowPair RowPairAt(const ImgPrcContext* ctx, const uint8_t* const* src, const uint32_t* strides,
+                               size_t k) {
+  const uint8_t* y0 = src[0] + 2 * k * strides[0];
+  return {y0, y0 + strides[0], src[1] + k * strides[1], src[2] + k * strides[1], nullptr, nullptr, ctx, 0};
+}
 
 // The rows an instance chose when its tables were built (RGB565, keyed
 // RGB555), or null (look up).

@@ -5,5 +5,7 @@
 #define RGB555_VECTOR_ROW rgb555_key_blocks_neon
 #define SPREAD_VECTOR_ROW spread_blocks_neon
 #define SPREAD32_VECTOR_ROW spread32_blocks_neon
+#define ARGB_VECTOR_ROW argb_blocks_neon
+#define ABGR_VECTOR_ROW abgr_blocks_neon
 #include "kernels/yuv420_rgb565_vector.h"
 #endif

@@ -5,5 +5,7 @@
 #define RGB555_VECTOR_ROW rgb555_key_blocks_sse41
 #define SPREAD_VECTOR_ROW spread_blocks_sse41
 #define SPREAD32_VECTOR_ROW spread32_blocks_sse41
+#define ARGB_VECTOR_ROW argb_blocks_sse41
+#define ABGR_VECTOR_ROW abgr_blocks_sse41
 #include "kernels/yuv420_rgb565_vector.h"
 #endif

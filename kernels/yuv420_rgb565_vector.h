@@ -6,7 +6,8 @@
 //   RGB565_VECTOR_ROW     the names of the RGB565 row function
 //   RGB555_VECTOR_ROW     of the keyed RGB555 one
 //   SPREAD_VECTOR_ROW     of the spread-line one (imageproc/interp.h)
-//   SPREAD32_VECTOR_ROW   and of the one with 32-bit entries.
+//   SPREAD32_VECTOR_ROW   of the one with 32-bit entries
+//   ARGB_VECTOR_ROW       and of the 32-bit pixel ones, ARGB and ABGR.
 // Terms come from the tables' integer forms in 32-bit lanes; the pixel step
 // is taken on 16-bit lanes with saturating adds (the only intrinsic):
 // with X = L - 32768, X + term saturated and capped at -1 stands for the sum
@@ -244,22 +245,25 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
 
 namespace {
 
+// 32-bit values lo | hi << 16 of a register of pixels, in pixel order. Each
+// 16-byte half of the interleaves holds four; the first halves come first.
+V_INLINE void Store32s(uint8_t* d, U16 lo, U16 hi) {
+  const U32 e[2] = {As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO))),
+                    As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)))};
+  for (unsigned h = 0; h < N / 16; ++h)
+    for (unsigned j = 0; j < 2; ++j)
+      memcpy(d + 16 * (2 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
+}
+
 // Entries of 64 or 32 bits (Entry) for a register of pixels.
 template <class Entry>
 V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
   const Sums s = SumsOf(x, t);
   const U16 lo = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
   const U16 hi = (As<U16>(s.r) >> 9 & 63) << 5;
+  if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
   const U32 a = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO)));
   const U32 b = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)));
-  if (sizeof(Entry) == 4) {
-    // Each 16-byte half of a and b holds four entries; the first halves come first.
-    const U32 e[2] = {a, b};
-    for (unsigned h = 0; h < N / 16; ++h)
-      for (unsigned j = 0; j < 2; ++j)
-        memcpy(d + 16 * (2 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
-    return;
-  }
   const U32 z{};
   const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
                     __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
@@ -281,7 +285,30 @@ V_INLINE void SpreadRow(size_t begin, size_t end, const Rgb565RowPair* rp) {
   }
 }
 
+// 8-bit channels are the clamped sums >> 7: alpha | R << 16 | G << 8 | B, or
+// with red and blue exchanged (kAbgr).
+template <bool kAbgr>
+V_INLINE void Store8888(uint8_t* d, I16 x, const Terms& t, uint16_t alpha) {
+  const Sums s = SumsOf(x, t);
+  const U16 r = As<U16>(s.r) >> 7 & 255, g = As<U16>(s.g) >> 7 & 255, b = As<U16>(s.b) >> 7 & 255;
+  Store32s(d, g << 8 | (kAbgr ? r : b), alpha | (kAbgr ? b : r));
+}
+
+template <bool kAbgr>
+V_INLINE void Row8888(size_t begin, size_t end, const Rgb565RowPair* rp) {
+  const Locals l(rp);
+  const uint16_t alpha = static_cast<uint16_t>(rp->key >> 16);
+  for (size_t m = begin; m < end; m += B) {
+    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
+    Store8888<kAbgr>(l.d0 + 8 * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t, alpha);
+    Store8888<kAbgr>(l.d1 + 8 * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t, alpha);
+  }
+}
+
 }  // namespace
+
+void ARGB_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) { Row8888<false>(begin, end, rp); }
+void ABGR_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) { Row8888<true>(begin, end, rp); }
 
 void SPREAD_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   SpreadRow<uint64_t>(begin, end, rp);

@@ -35,6 +35,7 @@ uint32_t CallKernel(const KRun& r, ImgPrcContext* ctx, Picture& pic, uint8_t* ds
   switch (r.m) {
     case M::Plain:
       if (r.f == Fam::Argb) return _ORUYCbCr420ToARGB32(ctx, src, st, sw, sh, dst, pitch, r.alpha);
+      if (r.f == Fam::Abgr) return _ORUYCbCr420ToABGR32(ctx, src, st, sw, sh, dst, pitch, r.alpha);
       if (r.f == Fam::Rgb888) return _ORUYCbCr420ToRGB888(ctx, src, st, sw, sh, dst, pitch);
       return _ORUYCbCr420ToRGB565(ctx, src, st, sw, sh, dst, pitch);
     case M::Plain422:
@@ -87,6 +88,8 @@ std::vector<KRun> DirectRuns() {
   // Odd sizes are walked as the next even one (set-up never hands them over); odd pitches are rounded down.
   add(M::Plain, {{5, 3, 5, 3}}, {0}, {5}, Fam::Argb);
   add(M::Plain, {{1, 1, 1, 1}}, {0}, {3}, Fam::Rgb888);
+  for (Fam f : {Fam::Argb, Fam::Abgr, Fam::Rgb888})
+    add(M::Plain, {{37, 5, 37, 5}}, {0}, {2}, f);  // vector rows and tails
   add(M::Plain422, {{5, 3, 5, 3}}, {0}, {3});
   add(M::Rsz422, {{6, 4, 5, 1}}, {0}, {0});  // a one-row destination is still drawn
   // Every width up to past two AVX2 steps, for the vector rows and their tails.
@@ -97,7 +100,8 @@ std::vector<KRun> DirectRuns() {
     add(M::Rot, size, {0, 1, 2, 3, 4, 5}, {w % 3 * 2});
   }
   add(M::Rot, {{260, 3, 260, 3}}, {1, 4}, {2});  // rotated rows are converted 64 blocks at a time
-  // Quarter turns go out turned in groups of 4 row pairs x 4 blocks: bands, groups and pieces with remainders.
+  // Quarter turns go out turned in groups of 4 row pairs x 4 blocks: bands, groups and pieces with
+  // remainders.
   add(M::Rot, {{70, 33, 70, 33}, {260, 17, 260, 17}}, {1, 2}, {0, 2});
   // Rows go through the block row 64 blocks at a time, blending down at most 1024 source columns a piece.
   const auto rsz = {Size{16, 12, 6, 4}, {10, 8, 15, 4}, {6, 4, 13, 9},    {8, 8, 1, 1},     {8, 6, 1, 5},

@@ -209,8 +209,9 @@ struct Rgb565Rows {
   }
 };
 
-// Keyed RGB555 rows get the triple of one of the row's pixels as the key.
-template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed, size_t kBlockBytes = 4>
+// Keyed RGB555 rows get the triple of one of the row's pixels as the key,
+// the others kKey (the 32-bit pixel rows' alpha).
+template <const RowSet<const Rgb565RowPair*>& kRows, bool kKeyed, size_t kBlockBytes = 4, uint32_t kKey = 0>
 bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
   std::mt19937 rng(seed);
   const Row<const Rgb565RowPair*> row = pick_row(kRows, level);
@@ -224,6 +225,7 @@ bool check_rgb16_blocks(CpuLevel level, unsigned seed, std::string* failure) {
       }
       Rgb565Rows got = want;
       Rgb565RowPair w = want.Pair(want);
+      w.key = kKey;
       if (kKeyed) {
         const size_t at = begin + rng() % n;
         w.key = uint32_t(want.y1[2 * at + 1]) << 16 | uint32_t(want.cb[at]) << 8 | want.cr[at];
@@ -447,6 +449,10 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<spread_block_rows, 16>, repeat_rgb16_blocks<spread_block_rows, 16>},
       {"yuv420_spread32_blocks", check_rgb16_blocks<spread32_block_rows, false, 8>,
        bench_rgb16_blocks<spread32_block_rows, 8>, repeat_rgb16_blocks<spread32_block_rows, 8>},
+      {"yuv420_argb_blocks", check_rgb16_blocks<argb_block_rows, false, 8, 0xC3000000u>,
+       bench_rgb16_blocks<argb_block_rows, 8>, repeat_rgb16_blocks<argb_block_rows, 8>},
+      {"yuv420_abgr_blocks", check_rgb16_blocks<abgr_block_rows, false, 8, 0x5A000000u>,
+       bench_rgb16_blocks<abgr_block_rows, 8>, repeat_rgb16_blocks<abgr_block_rows, 8>},
       {"hlerp565_stretch", check_hlerp565<uint64_t>, bench_hlerp565<uint64_t>, repeat_hlerp565<uint64_t>},
       {"hlerp565_32_stretch", check_hlerp565<uint32_t>, bench_hlerp565<uint32_t>, repeat_hlerp565<uint32_t>},
       {"vlerp_blend", check_vlerp<uint64_t>, bench_vlerp<uint64_t>, repeat_vlerp<uint64_t>},
