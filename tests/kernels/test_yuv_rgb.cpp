@@ -51,6 +51,8 @@ uint32_t CallKernel(const KRun& r, ImgPrcContext* ctx, Picture& pic, uint8_t* ds
     case M::RszRot:
       return _ORUYCbCr420ToRGB565RszRot(ctx, src, st, sw, sh, dw, dh);
     case M::RszUp:
+      if (r.f == Fam::Argb)
+        return _ORUYCbCr420ToARGB32RszUp(ctx, spread.ptr, src, st, sw, sh, dst, pitch, dw, dh, r.alpha);
       return _ORUYCbCr420ToRGB565RszUp(ctx, spread.ptr, src, st, sw, sh, dst, pitch, dw, dh);
     case M::Nearest:
     case M::NearLinear: {
@@ -113,6 +115,7 @@ std::vector<KRun> DirectRuns() {
   const auto up = {Size{4, 4, 8, 8}, {6, 4, 9, 7},   {8, 6, 1, 1}, {10, 8, 16, 30}, {16, 6, 24, 9},
                    {12, 11, 12, 13}, {20, 10, 8, 6}, {2, 2, 3, 2}, {8, 11, 8, 5}};
   add(M::RszUp, up, {0}, {0, 6});
+  add(M::RszUp, {{10, 8, 16, 30}}, {0}, {0}, Fam::Argb);
   // A smaller destination skips whole pairs; repeated rows copy half a wide row.
   const auto nearest = {Size{4, 4, 8, 8}, {6, 4, 9, 7}, {8, 6, 16, 12},   {10, 8, 10, 17}, {2, 2, 3, 5},
                         {8, 8, 1, 1},     {6, 6, 7, 1}, {12, 10, 30, 21}, {16, 12, 6, 4},  {14, 9, 7, 3}};
