@@ -60,9 +60,9 @@ void SetPixels(benchmark::State& state, int w, int h) {
 }
 
 void ThroughFrameCall(benchmark::State& state, int sw, int sh, uint32_t rotation, size_t dstBytes,
-                      uint32_t pitch) {
+                      uint32_t pitch, int dw = 1920, int dh = 1080) {
   I420 src(sw, sh);
-  Converter c(sw, sh, 1920, 1080, rotation);
+  Converter c(sw, sh, dw, dh, rotation);
   std::vector<uint8_t> dst(dstBytes);
   for (auto _ : state) {
     if (!c.Frame(src, dst.data(), pitch)) {
@@ -71,7 +71,7 @@ void ThroughFrameCall(benchmark::State& state, int sw, int sh, uint32_t rotation
     }
     benchmark::ClobberMemory();
   }
-  SetPixels(state, 1920, 1080);
+  SetPixels(state, dw, dh);
 }
 
 void BM_Rgb565_SameSize_1080p(benchmark::State& state) {
@@ -107,24 +107,26 @@ void BM_Rgb565_Enlarge_720p_to_1080p(benchmark::State& state) {
 BENCHMARK(BM_Rgb565_Enlarge2x_960x540_to_1080p);
 BENCHMARK(BM_Rgb565_Enlarge_720p_to_1080p);
 
-void LibyuvEnlarge(benchmark::State& state, int sw, int sh) {
+// libyuv's bilinear scale of the planes, then its conversion (dw x dh).
+void LibyuvScaleConvert(benchmark::State& state, int sw, int sh, int dw = 1920, int dh = 1080) {
   I420 src(sw, sh);
-  I420 big(1920, 1080);
-  std::vector<uint8_t> dst(1920 * 1080 * 2);
+  I420 scaled(dw, dh);
+  std::vector<uint8_t> dst(size_t(dw) * dh * 2);
   for (auto _ : state) {
-    libyuv::I420Scale(src.planes[0], sw, src.planes[1], sw / 2, src.planes[2], sw / 2, sw, sh, big.y.data(),
-                      1920, big.u.data(), 960, big.v.data(), 960, 1920, 1080, libyuv::kFilterBilinear);
-    libyuv::I420ToRGB565(big.y.data(), 1920, big.u.data(), 960, big.v.data(), 960, dst.data(), 3840, 1920,
-                         1080);
+    libyuv::I420Scale(src.planes[0], sw, src.planes[1], sw / 2, src.planes[2], sw / 2, sw, sh,
+                      scaled.y.data(), dw, scaled.u.data(), dw / 2, scaled.v.data(), dw / 2, dw, dh,
+                      libyuv::kFilterBilinear);
+    libyuv::I420ToRGB565(scaled.y.data(), dw, scaled.u.data(), dw / 2, scaled.v.data(), dw / 2, dst.data(),
+                         2 * dw, dw, dh);
     benchmark::ClobberMemory();
   }
-  SetPixels(state, 1920, 1080);
+  SetPixels(state, dw, dh);
 }
 void BM_Libyuv_ScaleBilinear_ToRGB565_960x540_to_1080p(benchmark::State& state) {
-  LibyuvEnlarge(state, 960, 540);
+  LibyuvScaleConvert(state, 960, 540);
 }
 void BM_Libyuv_ScaleBilinear_ToRGB565_720p_to_1080p(benchmark::State& state) {
-  LibyuvEnlarge(state, 1280, 720);
+  LibyuvScaleConvert(state, 1280, 720);
 }
 BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_960x540_to_1080p);
 BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_720p_to_1080p);
@@ -133,32 +135,12 @@ BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_720p_to_1080p);
 // rows of 64-bit pixel pairs, pitch / 4 * 8 bytes apart), beside libyuv's
 // bilinear scale then convert.
 void BM_Rgb565_Shrink_1080p_to_720p(benchmark::State& state) {
-  I420 src(1920, 1080);
-  Converter c(1920, 1080, 1280, 720, 0);
-  std::vector<uint8_t> dst(1280 * 720 * 4);
-  for (auto _ : state) {
-    if (!c.Frame(src, dst.data(), 2560)) {
-      state.SkipWithError("frame call failed");
-      break;
-    }
-    benchmark::ClobberMemory();
-  }
-  SetPixels(state, 1280, 720);
+  ThroughFrameCall(state, 1920, 1080, 0, 1280 * 720 * 4, 2560, 1280, 720);
 }
 BENCHMARK(BM_Rgb565_Shrink_1080p_to_720p);
 
 void BM_Libyuv_ScaleBilinear_ToRGB565_1080p_to_720p(benchmark::State& state) {
-  I420 src(1920, 1080);
-  I420 small(1280, 720);
-  std::vector<uint8_t> dst(1280 * 720 * 2);
-  for (auto _ : state) {
-    libyuv::I420Scale(src.planes[0], 1920, src.planes[1], 960, src.planes[2], 960, 1920, 1080, small.y.data(),
-                      1280, small.u.data(), 640, small.v.data(), 640, 1280, 720, libyuv::kFilterBilinear);
-    libyuv::I420ToRGB565(small.y.data(), 1280, small.u.data(), 640, small.v.data(), 640, dst.data(), 2560, 1280,
-                         720);
-    benchmark::ClobberMemory();
-  }
-  SetPixels(state, 1280, 720);
+  LibyuvScaleConvert(state, 1920, 1080, 1280, 720);
 }
 BENCHMARK(BM_Libyuv_ScaleBilinear_ToRGB565_1080p_to_720p);
 

@@ -60,12 +60,8 @@ struct DeintTapLines {
 };
 extern const RowSet<const DeintTapLines*> deint_taps_rows;
 extern const RowSet<const DeintTapLines*> deint_taps_inplace_rows;
-void deint_taps_sse41(size_t begin, size_t end, const DeintTapLines* lines);
-void deint_taps_avx2(size_t begin, size_t end, const DeintTapLines* lines);
-void deint_taps_neon(size_t begin, size_t end, const DeintTapLines* lines);
-void deint_taps_inplace_sse41(size_t begin, size_t end, const DeintTapLines* lines);
-void deint_taps_inplace_avx2(size_t begin, size_t end, const DeintTapLines* lines);
-void deint_taps_inplace_neon(size_t begin, size_t end, const DeintTapLines* lines);
+SCRIM_ROW_FUNCTIONS(deint_taps, const DeintTapLines*);
+SCRIM_ROW_FUNCTIONS(deint_taps_inplace, const DeintTapLines*);
 
 // Height of plane `plane` for a picture `height` lines high.
 unsigned deint_plane_height(unsigned plane, unsigned height, unsigned layout);

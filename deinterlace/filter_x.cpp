@@ -206,16 +206,7 @@ void x_interior_blocks_scalar(size_t begin, size_t end, const XBand* band) {
   }
 }
 
-#if defined(__x86_64__)
-const RowSet<const XBand*> x_interior_rows = {
-    x_interior_blocks_scalar, {x_interior_blocks_sse41, 2}, {x_interior_blocks_avx2, 4}, {nullptr, 1}};
-#elif defined(__aarch64__)
-const RowSet<const XBand*> x_interior_rows = {
-    x_interior_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {x_interior_blocks_neon, 2}};
-#else
-const RowSet<const XBand*> x_interior_rows = {
-    x_interior_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-#endif
+SCRIM_ROW_SET(const XBand*, x_interior_rows, x_interior_blocks, 2, 4, 2);
 
 int picture_deinterlace_x(DeintPicture* dst, const DeintPicture* src, unsigned layout, unsigned,
                           unsigned height) {

@@ -22,9 +22,6 @@ struct XBand {
 // Blocks begin..end-1 of a full band, none of them the first or the last
 // block column (a combed block there takes the directional filter, which
 // reads four columns either side of it). The scalar row is the reference.
-void x_interior_blocks_scalar(size_t begin, size_t end, const XBand* band);
-void x_interior_blocks_sse41(size_t begin, size_t end, const XBand* band);
-void x_interior_blocks_avx2(size_t begin, size_t end, const XBand* band);
-void x_interior_blocks_neon(size_t begin, size_t end, const XBand* band);
+SCRIM_ROW_FUNCTIONS(x_interior_blocks, const XBand*);
 
 extern const RowSet<const XBand*> x_interior_rows;

@@ -49,8 +49,6 @@ void Merge(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n) {
   for (; i < n; ++i) dst[i] = static_cast<uint8_t>((a[i] + b[i]) >> 1);
 }
 
-namespace {
-
 // The scalar rows: the plain formula with the clamp table.
 void deint_taps_scalar(size_t begin, size_t end, const DeintTapLines* l) {
   for (size_t i = begin; i < end; ++i)
@@ -67,8 +65,6 @@ void deint_taps_inplace_scalar(size_t begin, size_t end, const DeintTapLines* l)
   }
 }
 
-}  // namespace
-
 void deinterlace_line(uint8_t* dst, const uint8_t* p0, const uint8_t* p1, const uint8_t* p2,
                       const uint8_t* p3, const uint8_t* p4, size_t n) {
   const DeintTapLines lines{dst, {p0, p1, p2, p3, p4}, nullptr};
@@ -81,19 +77,5 @@ void deinterlace_line_inplace(uint8_t* tmp, const uint8_t* a, uint8_t* b, const 
   deint_taps_inplace_scalar(0, n, &lines);
 }
 
-#if defined(__x86_64__)
-const RowSet<const DeintTapLines*> deint_taps_rows = {
-    deint_taps_scalar, {deint_taps_sse41, 16}, {deint_taps_avx2, 32}, {nullptr, 1}};
-const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
-    deint_taps_inplace_scalar, {deint_taps_inplace_sse41, 16}, {deint_taps_inplace_avx2, 32}, {nullptr, 1}};
-#elif defined(__aarch64__)
-const RowSet<const DeintTapLines*> deint_taps_rows = {
-    deint_taps_scalar, {nullptr, 1}, {nullptr, 1}, {deint_taps_neon, 16}};
-const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
-    deint_taps_inplace_scalar, {nullptr, 1}, {nullptr, 1}, {deint_taps_inplace_neon, 16}};
-#else
-const RowSet<const DeintTapLines*> deint_taps_rows = {
-    deint_taps_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const DeintTapLines*> deint_taps_inplace_rows = {
-    deint_taps_inplace_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-#endif
+SCRIM_ROW_SET(const DeintTapLines*, deint_taps_rows, deint_taps, 16, 32, 16);
+SCRIM_ROW_SET(const DeintTapLines*, deint_taps_inplace_rows, deint_taps_inplace, 16, 32, 16);

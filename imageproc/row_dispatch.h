@@ -11,11 +11,10 @@
 // carries a tail loop, and every scalar row is also the reference that the
 // checker (tools/scrim-checkasm) holds the vector rows to.
 //
-// Adding a row: write the scalar row, write the vector rows (one portable
-// source built once per instruction set: a file named *_sse41.cpp, *_avx2.cpp
-// or *_neon.cpp is compiled for that set, see CMakeLists.txt), fill a RowSet,
-// pick_row() it where the instance or the picture call starts, run_row() it
-// per row, and register it with the checker.
+// Adding a row: declare its functions with SCRIM_ROW_FUNCTIONS, write the scalar row, write the vector rows
+// (one portable source built once per instruction set: a file named *_sse41.cpp, *_avx2.cpp or *_neon.cpp is
+// compiled for that set, see CMakeLists.txt), fill a RowSet, pick_row() it where the instance or the picture
+// call starts, run_row() it per row, and register it with the checker.
 #pragma once
 
 #include <stddef.h>
@@ -69,3 +68,26 @@ inline void run_row(const Row<Args...>& row, size_t begin, size_t end, Args... a
   }
   if (begin < end) row.scalar(begin, end, args...);
 }
+
+// The functions of a row set over one argument: the scalar row name_scalar and
+// the vector rows name_sse41, name_avx2 and name_neon (only the target's are
+// defined).
+#define SCRIM_ROW_FUNCTIONS(name, Arg)               \
+  void name##_scalar(size_t begin, size_t end, Arg); \
+  void name##_sse41(size_t begin, size_t end, Arg);  \
+  void name##_avx2(size_t begin, size_t end, Arg);   \
+  void name##_neon(size_t begin, size_t end, Arg)
+
+// Defines row set `set` of the name_* rows: on x86-64 the SSE4.1 and AVX2 rows
+// take sse and avx units a step, on aarch64 the NEON row neon units; other
+// targets have the scalar row alone.
+#if defined(__x86_64__)
+#define SCRIM_ROW_SET(Arg, set, name, sse, avx, neon) \
+  const RowSet<Arg> set = {name##_scalar, {name##_sse41, sse}, {name##_avx2, avx}, {nullptr, 1}}
+#elif defined(__aarch64__)
+#define SCRIM_ROW_SET(Arg, set, name, sse, avx, neon) \
+  const RowSet<Arg> set = {name##_scalar, {nullptr, 1}, {nullptr, 1}, {name##_neon, neon}}
+#else
+#define SCRIM_ROW_SET(Arg, set, name, sse, avx, neon) \
+  const RowSet<Arg> set = {name##_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}}
+#endif

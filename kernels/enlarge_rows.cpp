@@ -3,35 +3,11 @@
 // imageproc/interp.cpp), and the any-ratio sampler's blend down.
 #include "kernels/enlarge_rows.h"
 
-#if defined(__x86_64__)
-const RowSet<const Hlerp565Line*> hlerp565_rows = {
-    hlerp565_scalar, {hlerp565_sse41, 2}, {hlerp565_avx2, 4}, {nullptr, 1}};
-const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
-    hlerp565_32_scalar, {hlerp565_32_sse41, 2}, {hlerp565_32_avx2, 4}, {nullptr, 1}};
-const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {vlerp_sse41, 2}, {vlerp_avx2, 4}, {nullptr, 1}};
-const RowSet<const VlerpLines32*> vlerp32_rows = {
-    vlerp32_scalar, {vlerp32_sse41, 4}, {vlerp32_avx2, 8}, {nullptr, 1}};
-const RowSet<const BlendDownRows*> blend_down_rows = {
-    blend_down_scalar, {blend_down_sse41, 8}, {blend_down_avx2, 16}, {nullptr, 1}};
-#elif defined(__aarch64__)
-const RowSet<const Hlerp565Line*> hlerp565_rows = {
-    hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_neon, 2}};
-const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
-    hlerp565_32_scalar, {nullptr, 1}, {nullptr, 1}, {hlerp565_32_neon, 2}};
-const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp_neon, 2}};
-const RowSet<const VlerpLines32*> vlerp32_rows = {
-    vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {vlerp32_neon, 4}};
-const RowSet<const BlendDownRows*> blend_down_rows = {
-    blend_down_scalar, {nullptr, 1}, {nullptr, 1}, {blend_down_neon, 8}};
-#else
-const RowSet<const Hlerp565Line*> hlerp565_rows = {hlerp565_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const Hlerp565Line32*> hlerp565_32_rows = {
-    hlerp565_32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const VlerpLines*> vlerp_rows = {vlerp_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const VlerpLines32*> vlerp32_rows = {vlerp32_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const BlendDownRows*> blend_down_rows = {
-    blend_down_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-#endif
+SCRIM_ROW_SET(const Hlerp565Line*, hlerp565_rows, hlerp565, 2, 4, 2);
+SCRIM_ROW_SET(const Hlerp565Line32*, hlerp565_32_rows, hlerp565_32, 2, 4, 2);
+SCRIM_ROW_SET(const VlerpLines*, vlerp_rows, vlerp, 2, 4, 2);
+SCRIM_ROW_SET(const VlerpLines32*, vlerp32_rows, vlerp32, 4, 8, 4);
+SCRIM_ROW_SET(const BlendDownRows*, blend_down_rows, blend_down, 8, 16, 8);
 
 void blend_down_scalar(size_t begin, size_t end, const BlendDownRows* rows) {
   const uint8_t* a = rows->a;

@@ -27,14 +27,8 @@ struct Hlerp565LineOf {
 using Hlerp565Line = Hlerp565LineOf<uint64_t>;
 using Hlerp565Line32 = Hlerp565LineOf<uint32_t>;
 
-void hlerp565_scalar(size_t begin, size_t end, const Hlerp565Line* line);
-void hlerp565_sse41(size_t begin, size_t end, const Hlerp565Line* line);
-void hlerp565_avx2(size_t begin, size_t end, const Hlerp565Line* line);
-void hlerp565_neon(size_t begin, size_t end, const Hlerp565Line* line);
-void hlerp565_32_scalar(size_t begin, size_t end, const Hlerp565Line32* line);
-void hlerp565_32_sse41(size_t begin, size_t end, const Hlerp565Line32* line);
-void hlerp565_32_avx2(size_t begin, size_t end, const Hlerp565Line32* line);
-void hlerp565_32_neon(size_t begin, size_t end, const Hlerp565Line32* line);
+SCRIM_ROW_FUNCTIONS(hlerp565, const Hlerp565Line*);
+SCRIM_ROW_FUNCTIONS(hlerp565_32, const Hlerp565Line32*);
 
 extern const RowSet<const Hlerp565Line*> hlerp565_rows;
 extern const RowSet<const Hlerp565Line32*> hlerp565_32_rows;
@@ -61,14 +55,8 @@ struct VlerpLinesOf {
 using VlerpLines = VlerpLinesOf<uint64_t>;
 using VlerpLines32 = VlerpLinesOf<uint32_t>;
 
-void vlerp_scalar(size_t begin, size_t end, const VlerpLines* lines);
-void vlerp_sse41(size_t begin, size_t end, const VlerpLines* lines);
-void vlerp_avx2(size_t begin, size_t end, const VlerpLines* lines);
-void vlerp_neon(size_t begin, size_t end, const VlerpLines* lines);
-void vlerp32_scalar(size_t begin, size_t end, const VlerpLines32* lines);
-void vlerp32_sse41(size_t begin, size_t end, const VlerpLines32* lines);
-void vlerp32_avx2(size_t begin, size_t end, const VlerpLines32* lines);
-void vlerp32_neon(size_t begin, size_t end, const VlerpLines32* lines);
+SCRIM_ROW_FUNCTIONS(vlerp, const VlerpLines*);
+SCRIM_ROW_FUNCTIONS(vlerp32, const VlerpLines32*);
 
 extern const RowSet<const VlerpLines*> vlerp_rows;
 extern const RowSet<const VlerpLines32*> vlerp32_rows;
@@ -93,9 +81,6 @@ struct BlendDownRows {
   int32_t w;  // 0..31
 };
 
-void blend_down_scalar(size_t begin, size_t end, const BlendDownRows* rows);
-void blend_down_sse41(size_t begin, size_t end, const BlendDownRows* rows);
-void blend_down_avx2(size_t begin, size_t end, const BlendDownRows* rows);
-void blend_down_neon(size_t begin, size_t end, const BlendDownRows* rows);
+SCRIM_ROW_FUNCTIONS(blend_down, const BlendDownRows*);
 
 extern const RowSet<const BlendDownRows*> blend_down_rows;

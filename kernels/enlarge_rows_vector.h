@@ -48,7 +48,25 @@ typedef uint32_t U32 __attribute__((vector_size(N)));
 #define PAIR_BYTES 0x05040100, 0x80808080, 0x0D0C0908, 0x80808080
 #endif
 
-// Lanes of v picked by idx (each 0..L-1).
+// Bytes of v picked by index within each 16-byte half (indices with the top
+// bit set give 0).
+#if defined(__AVX2__)
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
+  return As<U32>(_mm256_shuffle_epi8(As<__m256i>(v), As<__m256i>(bytes)));
+}
+#elif defined(__SSE4_1__)
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
+  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(bytes)));
+}
+#else
+V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
+  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(bytes)));
+}
+#endif
+
+// Lanes of v picked by idx (each 0..L-1): one lane permute on AVX2, elsewhere
+// a byte shuffle of the lanes' byte indices (built with shifts: a 32-bit
+// multiply is slow on many cores).
 #if defined(__AVX2__)
 V_INLINE U32 Permute(U32 v, U32 idx) {
   return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
@@ -58,32 +76,10 @@ V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {
   *at = Permute(v, idx);
   *next = Permute(v, idx + 1);
 }
-V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {  // within each 16-byte half
-  return As<U32>(_mm256_shuffle_epi8(As<__m256i>(v), As<__m256i>(bytes)));
-}
-#elif defined(__SSE4_1__)
-// Byte indices of the four bytes of lane idx (shifts: a 32-bit multiply is
-// slow on many cores).
-V_INLINE U32 LaneBytes(U32 idx) {
-  const U32 b = idx << 2;
-  return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
-}
-V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
-  return As<U32>(_mm_shuffle_epi8(As<__m128i>(v), As<__m128i>(bytes)));
-}
-V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
-V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
-  const U32 bytes = LaneBytes(idx);
-  *at = ShuffleBytes(v, bytes);
-  *next = ShuffleBytes(v, bytes + 0x04040404u);
-}
 #else
 V_INLINE U32 LaneBytes(U32 idx) {
   const U32 b = idx << 2;
   return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
-}
-V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
-  return As<U32>(vqtbl1q_u8(As<uint8x16_t>(v), As<uint8x16_t>(bytes)));
 }
 V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
 V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on

@@ -44,4 +44,19 @@ struct PlaneRowPair {
   }
 };
 
+// Output row pair n of a 4:2:0 any-ratio walk with vertical step sy: the luma
+// rows its two output rows sample, and the chroma rows at the block centre,
+// (top + bottom + 1) >> 2.
+struct RowPairSources420 {
+  PlaneRowPair top, bottom;
+  const uint8_t* cb;
+  const uint8_t* cr;
+  RowPairSources420(const uint8_t* const* src, const uint32_t* strides, uint32_t sy, uint32_t n)
+      : top(src[0], strides[0], 2 * n * sy), bottom(src[0], strides[0], 2 * n * sy + sy) {
+    const ptrdiff_t c = (top.yi + bottom.yi + 1) >> 2;
+    cb = src[1] + c * static_cast<ptrdiff_t>(strides[1]);
+    cr = src[2] + c * static_cast<ptrdiff_t>(strides[2]);
+  }
+};
+
 }  // namespace scrim

@@ -135,12 +135,11 @@ void Resize420(const uint8_t* const src[3], const uint32_t strides[3], int32_t s
   const PlaneDst& cb = dst.plane[1];
   const PlaneDst& cr = dst.plane[2];
   for (int32_t n = 0; 2 * n < dstHeight; ++n) {
-    const uint32_t p = static_cast<uint32_t>(2 * n) * sy;
-    const PlaneRowPair top(src[0], strides[0], p);
-    const PlaneRowPair bottom(src[0], strides[0], p + sy);
-    const ptrdiff_t crow = (top.yi + bottom.yi + 1) >> 2;
-    const uint8_t* cbRow = src[1] + crow * static_cast<ptrdiff_t>(strides[1]);
-    const uint8_t* crRow = src[2] + crow * static_cast<ptrdiff_t>(strides[2]);
+    const RowPairSources420 rows(src, strides, sy, static_cast<uint32_t>(n));
+    const PlaneRowPair& top = rows.top;
+    const PlaneRowPair& bottom = rows.bottom;
+    const uint8_t* cbRow = rows.cb;
+    const uint8_t* crRow = rows.cr;
     uint8_t* up = y.start + 2 * n * y.rowStep;
     uint8_t* down = up + y.rowStep;
     uint8_t* cbOut = cb.start + n * cb.rowStep;

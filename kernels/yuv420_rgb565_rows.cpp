@@ -55,44 +55,12 @@ void abgr_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
   Blocks8888(begin, end, rp, AbgrStep{rp->key & 0xFF000000u});
 }
 
-#if defined(__x86_64__)
-const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
-    rgb565_blocks_scalar, {rgb565_blocks_sse41, 4}, {rgb565_blocks_avx2, 8}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> rgb555_key_block_rows = {
-    rgb555_key_blocks_scalar, {rgb555_key_blocks_sse41, 4}, {rgb555_key_blocks_avx2, 8}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> spread_block_rows = {
-    spread_blocks_scalar, {spread_blocks_sse41, 4}, {spread_blocks_avx2, 8}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> spread32_block_rows = {
-    spread32_blocks_scalar, {spread32_blocks_sse41, 4}, {spread32_blocks_avx2, 8}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> argb_block_rows = {
-    argb_blocks_scalar, {argb_blocks_sse41, 4}, {argb_blocks_avx2, 8}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> abgr_block_rows = {
-    abgr_blocks_scalar, {abgr_blocks_sse41, 4}, {abgr_blocks_avx2, 8}, {nullptr, 1}};
-#elif defined(__aarch64__)
-const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
-    rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb565_blocks_neon, 4}};
-const RowSet<const Rgb565RowPair*> rgb555_key_block_rows = {
-    rgb555_key_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {rgb555_key_blocks_neon, 4}};
-const RowSet<const Rgb565RowPair*> spread_block_rows = {
-    spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread_blocks_neon, 4}};
-const RowSet<const Rgb565RowPair*> spread32_block_rows = {
-    spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {spread32_blocks_neon, 4}};
-const RowSet<const Rgb565RowPair*> argb_block_rows = {
-    argb_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {argb_blocks_neon, 4}};
-const RowSet<const Rgb565RowPair*> abgr_block_rows = {
-    abgr_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {abgr_blocks_neon, 4}};
-#else
-const RowSet<const Rgb565RowPair*> rgb565_block_rows = {
-    rgb565_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> spread_block_rows = {
-    spread_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> spread32_block_rows = {
-    spread32_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> argb_block_rows = {
-    argb_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-const RowSet<const Rgb565RowPair*> abgr_block_rows = {
-    abgr_blocks_scalar, {nullptr, 1}, {nullptr, 1}, {nullptr, 1}};
-#endif
+SCRIM_ROW_SET(const Rgb565RowPair*, rgb565_block_rows, rgb565_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, rgb555_key_block_rows, rgb555_key_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, spread_block_rows, spread_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, spread32_block_rows, spread32_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, argb_block_rows, argb_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, abgr_block_rows, abgr_blocks, 4, 8, 4);
 
 // The chosen rows per level (RGB565, keyed RGB555 side by side), kept for
 // the life of the process; an instance points at the pair in force when its

@@ -23,51 +23,33 @@ struct Rgb565RowPair {
   uint32_t key;              // RGB555 rows: Y << 16 | Cb << 8 | Cr written as 0
 };
 
-void rgb565_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb565_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb565_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb565_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+SCRIM_ROW_FUNCTIONS(rgb565_blocks, const Rgb565RowPair*);
 
 extern const RowSet<const Rgb565RowPair*> rgb565_block_rows;
 
 // Opaque RGB555 with the colour key, the same walk and terms.
-void rgb555_key_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb555_key_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb555_key_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void rgb555_key_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+SCRIM_ROW_FUNCTIONS(rgb555_key_blocks, const Rgb565RowPair*);
 
 extern const RowSet<const Rgb565RowPair*> rgb555_key_block_rows;
 
 // Spread lines of the enlarging kernels (Convert, imageproc/interp.h), the
 // same walk and terms; d0 and d1 are the two lines, block m writing bytes
 // 16m..16m+15 of each.
-void spread_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+SCRIM_ROW_FUNCTIONS(spread_blocks, const Rgb565RowPair*);
 
 extern const RowSet<const Rgb565RowPair*> spread_block_rows;
 
 // The same entries in 32-bit slots (kernels/enlarge_rows.h), block m writing
 // bytes 8m..8m+7 of each line.
-void spread32_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread32_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread32_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void spread32_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+SCRIM_ROW_FUNCTIONS(spread32_blocks, const Rgb565RowPair*);
 
 extern const RowSet<const Rgb565RowPair*> spread32_block_rows;
 
 // 32-bit pixels of the ARGB32 (alpha | R << 16 | G << 8 | B) and ABGR32
 // families, the same walk and terms, block m writing bytes 8m..8m+7 of each
 // row; key holds the alpha in bits 31-24.
-void argb_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void argb_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void argb_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void argb_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
-void abgr_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp);
-void abgr_blocks_sse41(size_t begin, size_t end, const Rgb565RowPair* rp);
-void abgr_blocks_avx2(size_t begin, size_t end, const Rgb565RowPair* rp);
-void abgr_blocks_neon(size_t begin, size_t end, const Rgb565RowPair* rp);
+SCRIM_ROW_FUNCTIONS(argb_blocks, const Rgb565RowPair*);
+SCRIM_ROW_FUNCTIONS(abgr_blocks, const Rgb565RowPair*);
 
 extern const RowSet<const Rgb565RowPair*> argb_block_rows;
 extern const RowSet<const Rgb565RowPair*> abgr_block_rows;

@@ -60,12 +60,9 @@ class ResizedPieces {
   // Blocks m0..m0+count-1 (count up to kPiece) of output row pair n as
   // RGB565 pixels: block i's top pair at row0[2i], its bottom pair at row1[2i].
   void operator()(size_t n, size_t m0, size_t count, uint16_t* row0, uint16_t* row1) const {
-    const uint32_t y0 = static_cast<uint32_t>(2 * n) * sy_;
-    const PlaneRowPair top(src_[0], strides_[0], y0);
-    const PlaneRowPair bottom(src_[0], strides_[0], y0 + sy_);
-    const ptrdiff_t c = (top.yi + bottom.yi + 1) >> 2;
-    const uint8_t* cb = src_[1] + c * static_cast<ptrdiff_t>(strides_[1]);
-    const uint8_t* cr = src_[2] + c * static_cast<ptrdiff_t>(strides_[2]);
+    const RowPairSources420 rows(src_, strides_, sy_, static_cast<uint32_t>(n));
+    const PlaneRowPair& top = rows.top;
+    const PlaneRowPair& bottom = rows.bottom;
     const uint32_t first = static_cast<uint32_t>(2 * m0) * sx_;
     const uint64_t end = static_cast<uint64_t>(2 * (m0 + count) - 1) * sx_;
     // Columns read: from the first position's on, up to the last position's
@@ -86,8 +83,8 @@ class ResizedPieces {
       y[1][2 * i] = runs ? Across(sBottom, c0, x0, last_) : bottom.At(x0, last_);
       y[1][2 * i + 1] = runs ? Across(sBottom, c0, x1, last_) : bottom.At(x1, last_);
       const int32_t ccol = static_cast<int32_t>((x0 >> 16) + (x1 >> 16) + 1) >> 2;
-      cbs[i] = cb[ccol];
-      crs[i] = cr[ccol];
+      cbs[i] = rows.cb[ccol];
+      crs[i] = rows.cr[ccol];
     }
     const Rgb565RowPair rp{
         y[0], y[1], cbs, crs, reinterpret_cast<uint8_t*>(row0), reinterpret_cast<uint8_t*>(row1), ctx_, 0};
