@@ -357,6 +357,24 @@ void HLerp32_25(const uint64_t* src, uint32_t* out, int32_t width, uint32_t alph
 
 void HLerp_23(const uint64_t* src, uint8_t* out, int32_t width) { Stretch23(src, width, Sink565(out)); }
 
+// The fixed stretches round by round, over 32-bit entries.
+namespace {
+template <int kEntries, class PhasesOf>
+void FixedRounds(size_t begin, size_t end, const FixedStretchLine* line, PhasesOf phases) {
+  Sink565 sink(line->out + 8 * kEntries * begin);
+  for (size_t r = begin; r < end; ++r) {
+    const uint32_t* s = line->src + 4 * r;
+    phases(s[0], s[1], s[2], s[3], r + 1 < line->rounds ? s[4] : s[3], sink);
+  }
+}
+}  // namespace
+void hlerp565_23_scalar(size_t begin, size_t end, const FixedStretchLine* line) {
+  FixedRounds<3>(begin, end, line, Phases23<Sink565>);
+}
+void hlerp565_25_scalar(size_t begin, size_t end, const FixedStretchLine* line) {
+  FixedRounds<5>(begin, end, line, Phases25<Sink565>);
+}
+
 void HLerp32_23(const uint64_t* src, uint32_t* out, int32_t width, uint32_t alpha) {
   Stretch23(src, width, Sink32(out, alpha));
 }

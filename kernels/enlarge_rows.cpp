@@ -8,6 +8,8 @@ SCRIM_ROW_SET(const Hlerp565Line32*, hlerp565_32_rows, hlerp565_32, 2, 4, 2);
 SCRIM_ROW_SET(const VlerpLines*, vlerp_rows, vlerp, 2, 4, 2);
 SCRIM_ROW_SET(const VlerpLines32*, vlerp32_rows, vlerp32, 4, 8, 4);
 SCRIM_ROW_SET(const BlendDownRows*, blend_down_rows, blend_down, 8, 16, 8);
+SCRIM_ROW_SET(const FixedStretchLine*, hlerp565_23_rows, hlerp565_23, 4, 4, 4);
+SCRIM_ROW_SET(const FixedStretchLine*, hlerp565_25_rows, hlerp565_25, 4, 4, 4);
 
 void blend_down_scalar(size_t begin, size_t end, const BlendDownRows* rows) {
   const uint8_t* a = rows->a;

@@ -43,6 +43,31 @@ using Hlerp565Row = Hlerp565RowOf<uint64_t>;
 template <class Entry>
 Hlerp565RowOf<Entry> PickHlerp565Row(uint32_t step, int32_t width, CpuLevel level = cpu_level());
 
+// The fixed-ratio stretches to RGB565 over 32-bit spread lines: HLerp_23's
+// 3:2 (3 output entries a round) and HLerp_25's 5:2 (5 entries). The units
+// are rounds of 4 source entries: round r reads entries 4r..4r+4 and writes
+// its entries from byte 8 * (entries a round) * r on; the last of `rounds`
+// blends its last entry with itself instead of reading entry 4r + 4.
+struct FixedStretchLine {
+  const uint32_t* src;
+  uint8_t* out;
+  size_t rounds;  // at least one
+};
+
+SCRIM_ROW_FUNCTIONS(hlerp565_23, const FixedStretchLine*);
+SCRIM_ROW_FUNCTIONS(hlerp565_25, const FixedStretchLine*);
+
+extern const RowSet<const FixedStretchLine*> hlerp565_23_rows;
+extern const RowSet<const FixedStretchLine*> hlerp565_25_rows;
+using FixedStretchRow = Row<const FixedStretchLine*>;
+
+// A whole line: the vector rows are never given the last round, which reads
+// one entry fewer, so it goes to the scalar row.
+inline void StretchFixed(const FixedStretchRow& row, const FixedStretchLine* line) {
+  run_row(row, 0, line->rounds - 1, line);
+  row.scalar(line->rounds - 1, line->rounds, line);
+}
+
 // The vertical blend of two spread lines (VLerp): entries begin..end-1 of out
 // are ((32 - w) * a + w * b) / 32, masked.
 template <class Entry>

@@ -5,6 +5,8 @@
 #define VLERP_VECTOR_ROW vlerp_neon
 #define HLERP565_32_VECTOR_ROW hlerp565_32_neon
 #define VLERP32_VECTOR_ROW vlerp32_neon
+#define HLERP565_23_VECTOR_ROW hlerp565_23_neon
+#define HLERP565_25_VECTOR_ROW hlerp565_25_neon
 #define BLEND_DOWN_VECTOR_ROW blend_down_neon
 #include "kernels/enlarge_rows_vector.h"
 #endif

@@ -8,6 +8,9 @@
 //   VLERP_VECTOR_ROW      and of the blend row over 64-bit entries,
 //   HLERP565_32_VECTOR_ROW
 //   VLERP32_VECTOR_ROW    and over 32-bit entries,
+//   HLERP565_23_VECTOR_ROW
+//   HLERP565_25_VECTOR_ROW the fixed 3:2 and 5:2 stretches (a step is four
+//                         rounds),
 //   BLEND_DOWN_VECTOR_ROW the any-ratio sampler's blend down (a step is a
 //                         register of 16-bit values).
 //
@@ -71,23 +74,27 @@ V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
 V_INLINE U32 Permute(U32 v, U32 idx) {
   return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
 }
-// Lanes idx and idx + 1 of v.
-V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {
-  *at = Permute(v, idx);
-  *next = Permute(v, idx + 1);
+// What picks lane i: its index, or (for byte shuffles) its bytes' indices.
+constexpr uint32_t LaneSelector(uint32_t i) { return i; }
+V_INLINE U32 Selectors(U32 idx) { return idx; }
+// Lanes idx and idx + 1 of v, given the selectors of idx.
+V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {
+  *at = Permute(v, sel);
+  *next = Permute(v, sel + 1);
 }
 #else
-V_INLINE U32 LaneBytes(U32 idx) {
+constexpr uint32_t LaneSelector(uint32_t i) { return 0x03020100u + 0x04040404u * i; }
+V_INLINE U32 Selectors(U32 idx) {
   const U32 b = idx << 2;
   return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
 }
-V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, LaneBytes(idx)); }
-V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
-  const U32 bytes = LaneBytes(idx);
-  *at = ShuffleBytes(v, bytes);
-  *next = ShuffleBytes(v, bytes + 0x04040404u);
+V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, Selectors(idx)); }
+V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
+  *at = ShuffleBytes(v, sel);
+  *next = ShuffleBytes(v, sel + 0x04040404u);
 }
 #endif
+V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) { PickPair(v, Selectors(idx), at, next); }
 
 typedef int16_t I16 __attribute__((vector_size(N)));
 
@@ -121,12 +128,18 @@ V_INLINE U32 Window(const uint32_t* e) {
 // HLerp's sink does. With kOneWindow (steps short enough that a register's
 // left entries span at most L - 2 entries) one window of L entries holds the
 // right entries too, and both are permutes of it.
+// A register of blends packed as RGB565, each pair's two 16-bit pixels side
+// by side in the low half of its 64-bit entry, zeros above (byte indices with
+// the top bit set give 0).
+V_INLINE void StorePairs(uint8_t* out, U32 v) {
+  const U32 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
+  const U32 e = ShuffleBytes(px, U32{PAIR_BYTES});
+  memcpy(out, &e, N);
+}
+
 template <bool kOneWindow, class Entry>
 V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, uint32_t step) {
   const U32 offsets = U32{LANE_ORDER} * step;
-  // Each pair's two 16-bit pixels side by side in the low half of its 64-bit
-  // entry, zeros above (byte indices with the top bit set give 0).
-  const U32 kPairBytes = U32{PAIR_BYTES};
   for (size_t k = begin; k < end; k += L / 2) {
     const uint32_t at = static_cast<uint32_t>(2 * k * step);
     const U32 pos = at + offsets;
@@ -143,10 +156,7 @@ V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, 
       a = Permute(Window(src + first), rel);
       b = Permute(Window(src + first + 1), rel);
     }
-    const U32 v = (a << 5) + ((pos >> 11) & 31) * (b - a);
-    const U32 px = ((v >> 16) & 0xF800) | ((v >> 10) & 0x7E0) | ((v >> 5) & 31);
-    const U32 e = ShuffleBytes(px, kPairBytes);
-    memcpy(out + 8 * k, &e, N);
+    StorePairs(out + 8 * k, (a << 5) + ((pos >> 11) & 31) * (b - a));
   }
 }
 
@@ -156,6 +166,61 @@ V_INLINE void StretchRow(size_t begin, size_t end, const Hlerp565LineOf<Entry>* 
     Stretch<true>(begin, end, line->src, line->out, line->step);
   } else {
     Stretch<false>(begin, end, line->src, line->out, line->step);
+  }
+}
+
+// The fixed stretches: pixel k of a round blends the round's entry left[k]
+// with the one after it, weight[k] / 32 on the latter (the phases of HLerp_23
+// and HLerp_25 written as a * 32 + f * (b - a)).
+struct Phases {
+  unsigned pixels;  // a round
+  uint8_t left[10], weight[10];
+};
+constexpr Phases kPhases23 = {6, {0, 0, 1, 2, 2, 3}, {0, 21, 11, 0, 21, 11}};
+constexpr Phases kPhases25 = {10, {0, 0, 0, 1, 1, 2, 2, 2, 3, 3}, {0, 12, 25, 6, 13, 0, 12, 25, 6, 13}};
+
+// A step is four rounds, whole registers of pixels. Register j's left and
+// right entries lie in a window of L entries that ends at its last right
+// entry (or starts at the step's first), so no window reaches past entry 16
+// of the step, the fifth entry of its last round.
+template <const Phases& P>
+struct FixedLayout {
+  static constexpr unsigned kRegs = 4 * P.pixels / L;
+  uint32_t first[kRegs];
+  uint32_t sel[kRegs][L];  // selectors of the left entries in the window
+  uint32_t weight[kRegs][L];
+};
+template <const Phases& P>
+constexpr FixedLayout<P> MakeFixedLayout() {
+  FixedLayout<P> f{};
+  for (unsigned j = 0; j < f.kRegs; ++j) {
+    uint32_t left[L] = {}, last = 0;
+    for (unsigned i = 0; i < L; ++i) {
+      const unsigned k = j * L + i;
+      left[i] = 4 * (k / P.pixels) + P.left[k % P.pixels];
+      f.weight[j][i] = P.weight[k % P.pixels];
+      last = left[i] + 1 > last ? left[i] + 1 : last;
+    }
+    f.first[j] = last + 1 >= L ? last + 1 - L : 0;
+    for (unsigned i = 0; i < L; ++i) f.sel[j][i] = LaneSelector(left[i] - f.first[j]);
+  }
+  return f;
+}
+
+template <const Phases& P>
+V_INLINE void FixedStretch(size_t begin, size_t end, const FixedStretchLine* line) {
+  static constexpr FixedLayout<P> kLayout = MakeFixedLayout<P>();
+  for (size_t r = begin; r < end; r += 4) {
+    const uint32_t* s = line->src + 4 * r;
+    uint8_t* out = line->out + 4 * P.pixels * r;  // a round's pixels, two to an 8-byte entry
+#pragma GCC unroll 10
+    for (unsigned j = 0; j < kLayout.kRegs; ++j) {
+      U32 sel, w, a, b;
+      memcpy(&sel, kLayout.sel[j], N);
+      memcpy(&w, kLayout.weight[j], N);
+      PickPair(Window(s + kLayout.first[j]), sel, &a, &b);
+      StorePairs(out + N * j, (a << 5) + w * (b - a));
+    }
   }
 }
 
@@ -184,6 +249,12 @@ V_INLINE void Blend(size_t begin, size_t end, const VlerpLinesOf<Entry>* lines) 
 void HLERP565_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line* line) { StretchRow(begin, end, line); }
 void HLERP565_32_VECTOR_ROW(size_t begin, size_t end, const Hlerp565Line32* line) {
   StretchRow(begin, end, line);
+}
+void HLERP565_23_VECTOR_ROW(size_t begin, size_t end, const FixedStretchLine* line) {
+  FixedStretch<kPhases23>(begin, end, line);
+}
+void HLERP565_25_VECTOR_ROW(size_t begin, size_t end, const FixedStretchLine* line) {
+  FixedStretch<kPhases25>(begin, end, line);
 }
 void VLERP_VECTOR_ROW(size_t begin, size_t end, const VlerpLines* lines) { Blend(begin, end, lines); }
 void VLERP32_VECTOR_ROW(size_t begin, size_t end, const VlerpLines32* lines) { Blend(begin, end, lines); }

@@ -79,6 +79,17 @@ inline bool SpreadLines32(const ImgPrcContext* ctx, SpreadConvert convert) {
   return convert == Convert && Rgb565RowOf(ctx) != nullptr;
 }
 
+// Calls walk(Entry* tag) with 32-bit lines' entry type when the walk may keep
+// them (Convert's lines), with 64-bit entries otherwise.
+template <class Walk>
+void WithSpreadLines(const ImgPrcContext* ctx, Walk walk) {
+  if (SpreadLines32(ctx, Convert)) {
+    walk(static_cast<uint32_t*>(nullptr));
+  } else {
+    walk(static_cast<uint64_t*>(nullptr));
+  }
+}
+
 // Three-slot cache of converted source rows (slots A, B, C tagged with their
 // row numbers) and a blend slot, so that each source row is converted at most
 // once per frame while the vertical position only moves down.
@@ -152,26 +163,32 @@ void EnlargeRows(const ImgPrcContext* ctx, uint8_t* const* lines, const uint8_t*
 // 5:2 across, 2:1 down: output row 2k is source row k, row 2k + 1 the average
 // of rows k and k + 1, four output rows per source row pair, in whole groups
 // of four rows (((dstHeight - 1) & ~3) + 4 of them). write(line, j) stretches.
-template <class WriteRow>
+// The average of two rows, (a + b) >> 1 masked, is their blend at weight 16.
+template <class Entry = uint64_t, class WriteRow>
 void EnlargeRowsCase1(const ImgPrcContext* ctx, uint8_t* const* lines, const uint8_t* const* src,
                       const uint32_t* strides, int32_t srcWidth, int32_t dstHeight, SpreadConvert spread,
                       WriteRow write) {
-  const RowPairConverter<> convert(ctx, src, strides, srcWidth, spread);
-  uint64_t* a = reinterpret_cast<uint64_t*>(lines[0]);
-  uint64_t* b = reinterpret_cast<uint64_t*>(lines[1]);
-  uint64_t* c = reinterpret_cast<uint64_t*>(lines[2]);
-  uint64_t* mid = reinterpret_cast<uint64_t*>(lines[3]);
+  const RowPairConverter<Entry> convert(ctx, src, strides, srcWidth, spread);
+  const VlerpRowOf<Entry> blendRow = pick_row(VlerpRows(static_cast<Entry*>(nullptr)));
+  Entry* a = reinterpret_cast<Entry*>(lines[0]);
+  Entry* b = reinterpret_cast<Entry*>(lines[1]);
+  Entry* c = reinterpret_cast<Entry*>(lines[2]);
+  Entry* mid = reinterpret_cast<Entry*>(lines[3]);
+  auto average = [&](const Entry* x, const Entry* y) {
+    const VlerpLinesOf<Entry> v{x, y, mid, 16};
+    run_row(blendRow, 0, static_cast<size_t>(srcWidth > 0 ? srcWidth : 0),
+            static_cast<const VlerpLinesOf<Entry>*>(&v));
+    return mid;
+  };
   const int32_t groups = ((dstHeight - 1) >> 2) + 1;
   convert(0, a, b);
   for (int32_t g = 0; g < groups; ++g) {
     write(a, 4 * g);
-    VLerp_12(a, b, mid, srcWidth);
-    write(mid, 4 * g + 1);
+    write(average(a, b), 4 * g + 1);
     convert(2 * g + 2, c, a);  // a is done with: the newer row of the pair goes there
     write(b, 4 * g + 2);
-    VLerp_12(b, c, mid, srcWidth);
-    write(mid, 4 * g + 3);
-    uint64_t* newest = c;  // the newest pair (c, a) plays a and b next
+    write(average(b, c), 4 * g + 3);
+    Entry* newest = c;  // the newest pair (c, a) plays a and b next
     c = b;
     b = a;
     a = newest;

@@ -3,6 +3,8 @@
 // then stretched across by one of the line interpolators.
 #include <stddef.h>
 
+#include <type_traits>
+
 #include "kernels/enlarge_rows.h"
 #include "kernels/enlarge_walk.h"
 #include "kernels/yuv420_rgb16.h"
@@ -15,21 +17,29 @@ namespace {
 // before: callers read these rows as 64-bit pixel-pair words.
 inline ptrdiff_t WideRowBytes(int32_t pitch) { return static_cast<ptrdiff_t>(pitch >> 2) * 8; }
 
-// The walk of RszUp over lines of Entry, each output row stretched by HLerp's
-// blends through its row set, chosen once for the picture.
-template <class Entry>
-void StretchRows(const ImgPrcContext* ctx, uint8_t* const* lineBuffers, const uint8_t* const* src,
-                 const uint32_t* srcStrides, int32_t srcWidth, int32_t srcHeight, uint8_t* dst, int32_t pitch,
-                 int32_t dstWidth, int32_t dstHeight, uint32_t sx) {
-  const ptrdiff_t rowBytes = WideRowBytes(pitch);
-  const Hlerp565RowOf<Entry> stretch = PickHlerp565Row<Entry>(sx, dstWidth);
-  const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
-  EnlargeRows<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
-                     [&](const Entry* line, int32_t j) {
-                       const Hlerp565LineOf<Entry> l{line, dst + j * rowBytes, sx};
-                       run_row(stretch, 0, pairs, static_cast<const Hlerp565LineOf<Entry>*>(&l));
-                     });
-}
+// One output row of a fixed-ratio member stretched across: over 32-bit lines
+// by its row set, chosen once for the picture; over 64-bit ones by the line
+// interpolator.
+class FixedStretcher {
+ public:
+  FixedStretcher(const RowSet<const FixedStretchLine*>& rows,
+                 void (*wide)(const uint64_t*, uint8_t*, int32_t), int32_t srcWidth)
+      : row_(pick_row(rows)),
+        wide_(wide),
+        width_(srcWidth),
+        rounds_(srcWidth >> 2 < 1 ? 1 : static_cast<size_t>(srcWidth >> 2)) {}
+  void operator()(const uint32_t* line, uint8_t* out) const {
+    const FixedStretchLine l{line, out, rounds_};
+    StretchFixed(row_, &l);
+  }
+  void operator()(const uint64_t* line, uint8_t* out) const { wide_(line, out, width_); }
+
+ private:
+  FixedStretchRow row_;
+  void (*wide_)(const uint64_t*, uint8_t*, int32_t);
+  int32_t width_;
+  size_t rounds_;
+};
 
 }  // namespace
 
@@ -40,14 +50,19 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565RszUp(ImgPrcContext* ctx, uint
   if (dstHeight < 1) return 0;
   if (!HasLines(lineBuffers, 4)) return 0xFFFFFFFFu;
   const uint32_t sx = static_cast<uint32_t>(ResizeStep(srcWidth, dstWidth));
-  // Lines of 32-bit entries when every row of the walk can be a vector row.
-  if (SpreadLines32(ctx, Convert)) {
-    StretchRows<uint32_t>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dst, pitch, dstWidth,
-                          dstHeight, sx);
-  } else {
-    StretchRows<uint64_t>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dst, pitch, dstWidth,
-                          dstHeight, sx);
-  }
+  const ptrdiff_t rowBytes = WideRowBytes(pitch);
+  const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
+  // Each output row stretched by HLerp's blends through its row set, chosen
+  // once for the picture.
+  WithSpreadLines(ctx, [&](auto* tag) {
+    using Entry = std::remove_pointer_t<decltype(tag)>;
+    const Hlerp565RowOf<Entry> stretch = PickHlerp565Row<Entry>(sx, dstWidth);
+    EnlargeRows<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
+                       [&](const Entry* line, int32_t j) {
+                         const Hlerp565LineOf<Entry> l{line, dst + j * rowBytes, sx};
+                         run_row(stretch, 0, pairs, static_cast<const Hlerp565LineOf<Entry>*>(&l));
+                       });
+  });
   return 0;
 }
 
@@ -77,8 +92,12 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Case2(ImgPrcContext* ctx, uint
   if (dstHeight < 1) return 0;
   if (!HasLines(lineBuffers, 4)) return 0xFFFFFFFFu;
   const ptrdiff_t rowBytes = WideRowBytes(pitch);
-  EnlargeRows(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
-              [&](const uint64_t* line, int32_t j) { HLerp_23(line, dst + j * rowBytes, srcWidth); });
+  const FixedStretcher stretch(hlerp565_23_rows, HLerp_23, srcWidth);
+  WithSpreadLines(ctx, [&](auto* tag) {
+    using Entry = std::remove_pointer_t<decltype(tag)>;
+    EnlargeRows<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
+                       [&](const Entry* line, int32_t j) { stretch(line, dst + j * rowBytes); });
+  });
   return 0;
 }
 
@@ -90,7 +109,11 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565Case1(ImgPrcContext* ctx, uint
   if (dstHeight < 1) return 0;
   if (!HasLines(lineBuffers, 4)) return 0xFFFFFFFFu;
   const ptrdiff_t rowBytes = WideRowBytes(pitch);
-  EnlargeRowsCase1(ctx, lineBuffers, src, srcStrides, srcWidth, dstHeight, Convert,
-                   [&](const uint64_t* line, int32_t j) { HLerp_25(line, dst + j * rowBytes, srcWidth); });
+  const FixedStretcher stretch(hlerp565_25_rows, HLerp_25, srcWidth);
+  WithSpreadLines(ctx, [&](auto* tag) {
+    using Entry = std::remove_pointer_t<decltype(tag)>;
+    EnlargeRowsCase1<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, dstHeight, Convert,
+                            [&](const Entry* line, int32_t j) { stretch(line, dst + j * rowBytes); });
+  });
   return 0;
 }

@@ -122,9 +122,13 @@ std::vector<KRun> DirectRuns() {
   add(M::Nearest, nearest, {0}, {0, 5});
   add(M::NearLinear, nearest, {0}, {0, 5});
   add(M::RszUpRot, {{4, 4, 8, 6}, {6, 4, 10, 10}, {8, 6, 12, 8}}, {1, 2, 3, 4, 5}, {0, 6});
-  add(M::Case2, {{8, 4, 12, 8}, {16, 8, 24, 6}, {4, 6, 6, 9}, {12, 2, 18, 1}}, {0}, {4});
+  // Widths of 9 to 12 rounds of 4 entries: vector steps of 4 rounds, a scalar remainder and the last round.
+  add(M::Case2, {{8, 4, 12, 8}, {16, 8, 24, 6}, {4, 6, 6, 9}, {12, 2, 18, 1}, {38, 4, 57, 6}, {44, 6, 66, 9}},
+      {0}, {4});
   // Destination heights 2 x source, and 6 (written as 8) and 1 (written as 4).
-  add(M::Case1, {{8, 4, 20, 8}, {4, 2, 10, 4}, {12, 8, 30, 6}, {16, 4, 40, 1}}, {0}, {2});
+  add(M::Case1,
+      {{8, 4, 20, 8}, {4, 2, 10, 4}, {12, 8, 30, 6}, {16, 4, 40, 1}, {36, 4, 90, 8}, {50, 2, 125, 3}}, {0},
+      {2});
   add(M::Case3, {{320, 240, 480, 272}}, {0}, {0, 40});
   return runs;
 }

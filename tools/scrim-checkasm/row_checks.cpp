@@ -332,6 +332,66 @@ void repeat_hlerp565(CpuLevel level, unsigned calls) {
   for (unsigned i = 0; i < calls; ++i) run_row(row, 0, 960, &l);
 }
 
+// ---- fixed 3:2 and 5:2 stretches -----------------------------------------------
+
+// A 32-bit spread line of random entries, cut to exactly the entries rounds
+// 0..end-1 read (none of them the line's last round), and a destination with
+// guard bytes.
+struct FixedLine {
+  static constexpr size_t kGuard = 8;
+  std::vector<uint32_t> src;
+  std::vector<uint8_t> dst;
+  size_t entries;  // output entries a round
+  FixedLine(size_t end, size_t entriesPerRound, std::mt19937& rng)
+      : src(4 * end + 1), dst(8 * entriesPerRound * end + 2 * kGuard, 0xA5), entries(entriesPerRound) {
+    for (uint32_t& e : src) e = rng();
+  }
+  FixedStretchLine Line(size_t end) { return {src.data(), dst.data() + kGuard, end + 1}; }
+};
+
+template <const RowSet<const FixedStretchLine*>& kRows, size_t kEntries>
+bool check_fixed_stretch(CpuLevel level, unsigned seed, std::string* failure) {
+  std::mt19937 rng(seed);
+  for (size_t n = 1; n <= 5 * pick_row(kRows, level).vector.step; ++n)
+    for (unsigned round = 0; round < 8; ++round) {
+      const size_t begin = rng() % 5, end = begin + n;
+      FixedLine want(end, kEntries, rng), got = want;
+      const FixedStretchLine w = want.Line(end), g = got.Line(end);
+      kRows.scalar(begin, end, &w);
+      run_row(pick_row(kRows, level), begin, end, &g);
+      if (got.dst == want.dst) continue;
+      size_t i = 0;
+      while (got.dst[i] == want.dst[i]) ++i;
+      *failure = "rounds " + std::to_string(begin) + ".." + std::to_string(end - 1) + ": byte " +
+                 std::to_string(long(i) - long(FixedLine::kGuard)) + " is " + std::to_string(got.dst[i]) +
+                 ", the scalar row gives " + std::to_string(want.dst[i]);
+      return false;
+    }
+  return true;
+}
+
+// The rounds of a 1920-pixel output row.
+template <const RowSet<const FixedStretchLine*>& kRows, size_t kEntries>
+void bench_fixed_stretch(CpuLevel level, double* scalarNs, double* chosenNs) {
+  constexpr size_t kRounds = 960 / kEntries;
+  std::mt19937 rng(1);
+  FixedLine image(kRounds, kEntries, rng);
+  const FixedStretchLine l = image.Line(kRounds);
+  const FixedStretchRow row = pick_row(kRows, level);
+  *scalarNs = ns_per_call([&] { row.scalar(0, kRounds, &l); });
+  *chosenNs = ns_per_call([&] { run_row(row, 0, kRounds, &l); });
+}
+
+template <const RowSet<const FixedStretchLine*>& kRows, size_t kEntries>
+void repeat_fixed_stretch(CpuLevel level, unsigned calls) {
+  constexpr size_t kRounds = 960 / kEntries;
+  std::mt19937 rng(1);
+  FixedLine image(kRounds, kEntries, rng);
+  const FixedStretchLine l = image.Line(kRounds);
+  const FixedStretchRow row = pick_row(kRows, level);
+  for (unsigned i = 0; i < calls; ++i) run_row(row, 0, kRounds, &l);
+}
+
 // ---- vertical blend of spread lines -----------------------------------------
 
 template <class Entry>
@@ -455,6 +515,10 @@ const std::vector<RowCheck>& row_checks() {
        bench_rgb16_blocks<abgr_block_rows, 8>, repeat_rgb16_blocks<abgr_block_rows, 8>},
       {"hlerp565_stretch", check_hlerp565<uint64_t>, bench_hlerp565<uint64_t>, repeat_hlerp565<uint64_t>},
       {"hlerp565_32_stretch", check_hlerp565<uint32_t>, bench_hlerp565<uint32_t>, repeat_hlerp565<uint32_t>},
+      {"hlerp565_23_stretch", check_fixed_stretch<hlerp565_23_rows, 3>,
+       bench_fixed_stretch<hlerp565_23_rows, 3>, repeat_fixed_stretch<hlerp565_23_rows, 3>},
+      {"hlerp565_25_stretch", check_fixed_stretch<hlerp565_25_rows, 5>,
+       bench_fixed_stretch<hlerp565_25_rows, 5>, repeat_fixed_stretch<hlerp565_25_rows, 5>},
       {"vlerp_blend", check_vlerp<uint64_t>, bench_vlerp<uint64_t>, repeat_vlerp<uint64_t>},
       {"vlerp32_blend", check_vlerp<uint32_t>, bench_vlerp<uint32_t>, repeat_vlerp<uint32_t>},
       {"resize_blend_down", check_blend_down, bench_blend_down, repeat_blend_down},
