@@ -8,6 +8,8 @@
 #include <string.h>
 
 #define V_INLINE inline __attribute__((always_inline))
+// After a lambda's parameters.
+#define V_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace {
 

@@ -55,12 +55,12 @@ void abgr_blocks_scalar(size_t begin, size_t end, const Rgb565RowPair* rp) {
   Blocks8888(begin, end, rp, AbgrStep{rp->key & 0xFF000000u});
 }
 
-SCRIM_ROW_SET(const Rgb565RowPair*, rgb565_block_rows, rgb565_blocks, 4, 8, 4);
-SCRIM_ROW_SET(const Rgb565RowPair*, rgb555_key_block_rows, rgb555_key_blocks, 4, 8, 4);
-SCRIM_ROW_SET(const Rgb565RowPair*, spread_block_rows, spread_blocks, 4, 8, 4);
-SCRIM_ROW_SET(const Rgb565RowPair*, spread32_block_rows, spread32_blocks, 4, 8, 4);
-SCRIM_ROW_SET(const Rgb565RowPair*, argb_block_rows, argb_blocks, 4, 8, 4);
-SCRIM_ROW_SET(const Rgb565RowPair*, abgr_block_rows, abgr_blocks, 4, 8, 4);
+SCRIM_ROW_SET(const Rgb565RowPair*, rgb565_block_rows, rgb565_blocks, 4, 8, 8);
+SCRIM_ROW_SET(const Rgb565RowPair*, rgb555_key_block_rows, rgb555_key_blocks, 4, 8, 8);
+SCRIM_ROW_SET(const Rgb565RowPair*, spread_block_rows, spread_blocks, 4, 8, 8);
+SCRIM_ROW_SET(const Rgb565RowPair*, spread32_block_rows, spread32_blocks, 4, 8, 8);
+SCRIM_ROW_SET(const Rgb565RowPair*, argb_block_rows, argb_blocks, 4, 8, 8);
+SCRIM_ROW_SET(const Rgb565RowPair*, abgr_block_rows, abgr_blocks, 4, 8, 8);
 
 // The chosen rows per level (RGB565, keyed RGB555 side by side), kept for
 // the life of the process; an instance points at the pair in force when its

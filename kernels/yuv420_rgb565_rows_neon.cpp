@@ -1,4 +1,4 @@
-// The RGB565, keyed RGB555 and spread-line block rows for NEON, 4 blocks a step.
+// The RGB565, keyed RGB555 and spread-line block rows for NEON, 8 blocks a step.
 #if defined(__aarch64__)
 #define RGB565_VECTOR_BYTES 16
 #define RGB565_VECTOR_ROW rgb565_blocks_neon

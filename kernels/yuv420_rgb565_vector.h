@@ -32,8 +32,22 @@
 namespace {
 
 constexpr unsigned N = RGB565_VECTOR_BYTES;  // one register
-constexpr unsigned B = N / 4;                // blocks a step: a register of 16-bit pixels a row
 constexpr int kShift = IMGPRC_AFFINE_SHIFT;
+
+// How a step's lanes map to pixels. On x86 a step is a register of 16-bit
+// pixels a row, B = N / 4 blocks, whose chroma terms are doubled into both
+// pixels' lanes. On NEON the lanes are blocks: a step is B = N / 2 blocks,
+// each luma row loaded split into its even and odd pixels (ld2) and its
+// pixels stored interleaved again (st2, st4), which costs nothing there and
+// spares doubling the terms.
+#if defined(__ARM_NEON) && !defined(__SSE4_1__)
+#define BLOCK_LANES 1
+constexpr unsigned B = N / 2;
+#else
+#define BLOCK_LANES 0
+constexpr unsigned B = N / 4;
+#endif
+constexpr unsigned kLumaRegs = 2 * B * 2 / N;  // registers of 16-bit pixels a luma row
 
 typedef int32_t I32 __attribute__((vector_size(N)));
 typedef uint32_t U32 __attribute__((vector_size(N)));
@@ -98,30 +112,84 @@ V_INLINE I16 TwiceShifted(I32 v) {
 }
 #endif
 
-// A chroma term of B samples, saturated to 16 bits and doubled into both
-// halves of each 32-bit lane: the term of block m for its two pixels.
-V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) {
-  const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
-  return TwiceShifted(As<I32>(i * uint32_t(t.mul[1]) + add));
-}
-
 // Bytes p[0..N/2-1] widened to two registers of 32-bit lanes (NEON: from one load).
 struct Wide2 {
   U32 lo, hi;
 };
-V_INLINE Wide2 Widen2(const uint8_t* p) {
-#if defined(__ARM_NEON) && !defined(__SSE4_1__)
-  const uint16x8_t w = vmovl_u8(vld1_u8(p));
+#if BLOCK_LANES
+V_INLINE Wide2 Widen2(uint8x8_t v) {
+  const uint16x8_t w = vmovl_u8(v);
   return {As<U32>(vmovl_u16(vget_low_u16(w))), As<U32>(vmovl_high_u16(w))};
+}
+V_INLINE Wide2 Widen2(const uint8_t* p) { return Widen2(vld1_u8(p)); }
 #else
-  return {Widen(p), Widen(p + N / 4)};
+V_INLINE Wide2 Widen2(const uint8_t* p) { return {Widen(p), Widen(p + N / 4)}; }
+#endif
+
+// A term's value before the shift, i * mul + the add of i's piece.
+V_INLINE I32 Affine(U32 i, const ImgPrcAffineTerm& t) {
+  const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
+  return As<I32>(i * uint32_t(t.mul[1]) + add);
+}
+
+// The chroma samples of a step's blocks, and a term of them saturated to 16
+// bits: one lane a block (NEON), or doubled into both halves of each 32-bit
+// lane, the term of block m for its two pixels.
+#if BLOCK_LANES
+using ChromaSamples = Wide2;
+V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen2(p); }
+V_INLINE I16 ChromaTerm(const Wide2& i, const ImgPrcAffineTerm& t) {
+  return PackShifted(Affine(i.lo, t), Affine(i.hi, t));
+}
+#else
+using ChromaSamples = U32;
+V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen(p); }
+V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) { return TwiceShifted(Affine(i, t)); }
+#endif
+
+// Luma entries of a register of samples minus 32768, saturated to 16 bits.
+V_INLINE I16 LumaX(const Wide2& y, uint32_t mul, uint32_t add) {
+  return PackShifted(As<I32>(y.lo * mul + add), As<I32>(y.hi * mul + add));
+}
+
+// A luma row's samples of one step, widened, in the order of the pixel
+// registers: even and odd pixels (NEON), or in order.
+struct LumaRow {
+  Wide2 w[kLumaRegs];
+};
+V_INLINE LumaRow LumaAt(const uint8_t* p) {
+#if BLOCK_LANES
+  const uint8x8x2_t v = vld2_u8(p);
+  return {{Widen2(v.val[0]), Widen2(v.val[1])}};
+#else
+  return {{Widen2(p)}};
 #endif
 }
 
-// Luma entries of 2B samples minus 32768, saturated to 16 bits.
-V_INLINE I16 LumaX(const uint8_t* p, uint32_t mul, uint32_t add) {
-  const Wide2 y = Widen2(p);
-  return PackShifted(As<I32>(y.lo * mul + add), As<I32>(y.hi * mul + add));
+#if RGB565_VECTOR_BYTES == 32
+// Interleaves within each 16-byte half, as the instructions do them.
+#define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
+#define ZIP16_HI 4, 20, 5, 21, 6, 22, 7, 23, 12, 28, 13, 29, 14, 30, 15, 31
+#define ZIP32_LO 0, 8, 1, 9, 4, 12, 5, 13
+#define ZIP32_HI 2, 10, 3, 11, 6, 14, 7, 15
+#else
+#define ZIP16_LO 0, 8, 1, 9, 2, 10, 3, 11
+#define ZIP16_HI 4, 12, 5, 13, 6, 14, 7, 15
+#define ZIP32_LO 0, 4, 1, 5
+#define ZIP32_HI 2, 6, 3, 7
+#endif
+
+// Pixel registers in the order of LumaRow stored in pixel order: 16-bit
+// pixels, or 32-bit values lo | hi << 16.
+V_INLINE void Store16s(uint8_t* d, const U16 (&px)[kLumaRegs]) {
+#if BLOCK_LANES
+  uint16x8x2_t v;
+  v.val[0] = (uint16x8_t)px[0];
+  v.val[1] = (uint16x8_t)px[1];
+  vst2q_u16(reinterpret_cast<uint16_t*>(d), v);
+#else
+  memcpy(d, &px[0], N);
+#endif
 }
 
 struct Terms {
@@ -160,7 +228,7 @@ V_INLINE U16 Pixels555(I16 x, const Terms& t) {
 }
 
 // The colour terms of blocks m..m+B-1.
-V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
+V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, const ChromaSamples& cb, const ChromaSamples& cr) {
   const I16 gcr = ChromaTerm(cr, k.gcr), gcb = ChromaTerm(cb, k.gcb);
   Terms t;
   t.rh = ChromaTerm(cr, k.rcr);
@@ -171,7 +239,62 @@ V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, U32 cb, U32 cr) {
   return t;
 }
 
-}  // namespace
+// Spread entries: red and green are the sums >> 9 (6 bits), blue >> 10. Each
+// pixel is built as its two 16-bit halves, which are interleaved (x86), then
+// interleaved with zeros for the high 32 bits of its entry (a widening
+// conversion would go lane by lane on some targets). Interleaves stay within
+// 16-byte halves, which are stored apart, rather than crossing them.
+
+// 32-bit values lo | hi << 16 of a luma row's pixel registers, in pixel
+// order (NEON: one four-way interleaving store). Each 16-byte half of the
+// interleaves holds four; the first halves come first.
+V_INLINE void Store32s(uint8_t* d, const U16 (&lo)[kLumaRegs], const U16 (&hi)[kLumaRegs]) {
+#if BLOCK_LANES
+  uint16x8x4_t v;
+  v.val[0] = (uint16x8_t)lo[0];
+  v.val[1] = (uint16x8_t)hi[0];
+  v.val[2] = (uint16x8_t)lo[1];
+  v.val[3] = (uint16x8_t)hi[1];
+  vst4q_u16(reinterpret_cast<uint16_t*>(d), v);
+#else
+  const U32 e[2] = {As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_LO))),
+                    As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_HI)))};
+  for (unsigned h = 0; h < N / 16; ++h)
+    for (unsigned j = 0; j < 2; ++j)
+      memcpy(d + 16 * (2 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
+#endif
+}
+
+// The same values as the low halves of 64-bit entries, zeros above.
+V_INLINE void Store64s(uint8_t* d, const U16 (&lo)[kLumaRegs], const U16 (&hi)[kLumaRegs]) {
+  const U32 z{};
+#if BLOCK_LANES
+  // Entries of even and odd pixels, each in pixel order; stored four blocks
+  // at a time as even entry, 0, odd entry, 0.
+  const U32 even[2] = {As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_LO))),
+                       As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_HI)))};
+  const U32 odd[2] = {As<U32>(U16(__builtin_shufflevector(lo[1], hi[1], ZIP16_LO))),
+                      As<U32>(U16(__builtin_shufflevector(lo[1], hi[1], ZIP16_HI)))};
+  for (unsigned h = 0; h < 2; ++h) {
+    uint32x4x4_t v;
+    v.val[0] = (uint32x4_t)even[h];
+    v.val[1] = (uint32x4_t)z;
+    v.val[2] = (uint32x4_t)odd[h];
+    v.val[3] = (uint32x4_t)z;
+    vst4q_u32(reinterpret_cast<uint32_t*>(d + 64 * h), v);
+  }
+#else
+  const U32 a = As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_LO)));
+  const U32 b = As<U32>(U16(__builtin_shufflevector(lo[0], hi[0], ZIP16_HI)));
+  const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
+                    __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
+  // Each 16-byte half of e[j] holds two entries; the first halves of all
+  // four come first.
+  for (unsigned h = 0; h < N / 16; ++h)
+    for (unsigned j = 0; j < 4; ++j)
+      memcpy(d + 16 * (4 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
+#endif
+}
 
 // The row's inputs copied to locals: its stores go through byte pointers,
 // which could alias the tables in the compiler's view, and would make it
@@ -191,118 +314,96 @@ struct Locals {
         d1(rp->d1),
         ymul(uint32_t(k.y.mul[1])),
         yadd(uint32_t(k.y.add[1]) - (uint32_t{32768} << kShift)) {}
+  I16 X(const Wide2& y) const { return LumaX(y, ymul, yadd); }
 };
+
+// The walk of a block row: per step, the terms of B blocks, then each of
+// the two luma rows handed to row(luma, destination, terms), the
+// destination `bytes` a block.
+template <size_t kBytes, class WriteRow>
+V_INLINE void EachStep(size_t begin, size_t end, const Locals& l, WriteRow row) {
+  for (size_t m = begin; m < end; m += B) {
+    const ChromaSamples cb = ChromaAt(l.cb + m), cr = ChromaAt(l.cr + m);
+    const Terms t = TermsOf(l.k, cb, cr);
+    row(LumaAt(l.y0 + 2 * m), l.d0 + kBytes * m, t, cb, cr);
+    row(LumaAt(l.y1 + 2 * m), l.d1 + kBytes * m, t, cb, cr);
+  }
+}
+
+}  // namespace
 
 void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
-  for (size_t m = begin; m < end; m += B) {
-    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
-    const U16 p0 = Pixels565(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
-    const U16 p1 = Pixels565(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
-    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
-    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
-  }
+  EachStep<4>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
+    U16 px[kLumaRegs];
+#pragma GCC unroll 2
+    for (unsigned i = 0; i < kLumaRegs; ++i) px[i] = Pixels565(l.X(y.w[i]), t);
+    Store16s(d, px);
+  });
 }
 
 // Keyed: a pixel whose own Y, Cb, Cr equal the key's is 0. The chroma match
-// is a 32-bit mask per block, which covers both of its pixels.
+// is a 32-bit mask per block (x86: covering both of its pixels).
 void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
   const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
-  auto keyed = [&](const uint8_t* y, U32 chromaMatch) {
-    const Wide2 w = Widen2(y);
-    const I16 match = PackSat(As<I32>(w.lo == ky), As<I32>(w.hi == ky));
-    return As<U16>(match & As<I16>(chromaMatch));
-  };
-  for (size_t m = begin; m < end; m += B) {
-    const U32 cb = Widen(l.cb + m), cr = Widen(l.cr + m);
-    const Terms t = TermsOf(l.k, cb, cr);
-    const U32 chromaMatch = As<U32>((cb == kcb) & (cr == kcr));
-    const U16 p0 = Pixels555(LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y0 + 2 * m, chromaMatch);
-    const U16 p1 = Pixels555(LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t) & ~keyed(l.y1 + 2 * m, chromaMatch);
-    memcpy(l.d0 + 4 * m, &p0, sizeof p0);
-    memcpy(l.d1 + 4 * m, &p1, sizeof p1);
-  }
-}
-
-// Spread entries: red and green are the sums >> 9 (6 bits), blue >> 10. Each
-// pixel is built as its two 16-bit halves, which are interleaved, then
-// interleaved with zeros for the high 32 bits of its entry (a widening
-// conversion would go lane by lane on some targets). Interleaves stay within
-// 16-byte halves, which are stored apart, rather than crossing them.
-#if RGB565_VECTOR_BYTES == 32
-// Interleaves within each 16-byte half, as the instructions do them.
-#define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
-#define ZIP16_HI 4, 20, 5, 21, 6, 22, 7, 23, 12, 28, 13, 29, 14, 30, 15, 31
-#define ZIP32_LO 0, 8, 1, 9, 4, 12, 5, 13
-#define ZIP32_HI 2, 10, 3, 11, 6, 14, 7, 15
+  EachStep<4>(begin, end, l,
+              [&](const LumaRow& y, uint8_t* d, const Terms& t, const ChromaSamples& cb,
+                  const ChromaSamples& cr) V_INLINE_LAMBDA {
+#if BLOCK_LANES
+                const I16 chroma = PackSat(As<I32>((cb.lo == kcb) & (cr.lo == kcr)),
+                                           As<I32>((cb.hi == kcb) & (cr.hi == kcr)));
 #else
-#define ZIP16_LO 0, 8, 1, 9, 2, 10, 3, 11
-#define ZIP16_HI 4, 12, 5, 13, 6, 14, 7, 15
-#define ZIP32_LO 0, 4, 1, 5
-#define ZIP32_HI 2, 6, 3, 7
+        const I16 chroma = As<I16>((cb == kcb) & (cr == kcr));
 #endif
+                U16 px[kLumaRegs];
+#pragma GCC unroll 2
+                for (unsigned i = 0; i < kLumaRegs; ++i) {
+                  const I16 match = PackSat(As<I32>(y.w[i].lo == ky), As<I32>(y.w[i].hi == ky)) & chroma;
+                  px[i] = Pixels555(l.X(y.w[i]), t) & ~As<U16>(match);
+                }
+                Store16s(d, px);
+              });
+}
 
 namespace {
 
-// 32-bit values lo | hi << 16 of a register of pixels, in pixel order. Each
-// 16-byte half of the interleaves holds four; the first halves come first.
-V_INLINE void Store32s(uint8_t* d, U16 lo, U16 hi) {
-  const U32 e[2] = {As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO))),
-                    As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)))};
-  for (unsigned h = 0; h < N / 16; ++h)
-    for (unsigned j = 0; j < 2; ++j)
-      memcpy(d + 16 * (2 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
-}
-
-// Entries of 64 or 32 bits (Entry) for a register of pixels.
-template <class Entry>
-V_INLINE void StoreSpread(uint8_t* d, I16 x, const Terms& t) {
-  const Sums s = SumsOf(x, t);
-  const U16 lo = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
-  const U16 hi = (As<U16>(s.r) >> 9 & 63) << 5;
-  if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
-  const U32 a = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_LO)));
-  const U32 b = As<U32>(U16(__builtin_shufflevector(lo, hi, ZIP16_HI)));
-  const U32 z{};
-  const U32 e[4] = {__builtin_shufflevector(a, z, ZIP32_LO), __builtin_shufflevector(a, z, ZIP32_HI),
-                    __builtin_shufflevector(b, z, ZIP32_LO), __builtin_shufflevector(b, z, ZIP32_HI)};
-  // Each 16-byte half of e[j] holds two entries; the first halves of all
-  // four come first.
-  for (unsigned h = 0; h < N / 16; ++h)
-    for (unsigned j = 0; j < 4; ++j)
-      memcpy(d + 16 * (4 * h + j), reinterpret_cast<const uint8_t*>(&e[j]) + 16 * h, 16);
-}
-
-// Block m writes entries 2m and 2m + 1 of each line.
+// Entries of 64 or 32 bits (Entry); block m writes entries 2m and 2m + 1 of
+// each line.
 template <class Entry>
 V_INLINE void SpreadRow(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
-  for (size_t m = begin; m < end; m += B) {
-    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
-    StoreSpread<Entry>(l.d0 + 2 * sizeof(Entry) * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t);
-    StoreSpread<Entry>(l.d1 + 2 * sizeof(Entry) * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t);
-  }
+  EachStep<2 * sizeof(Entry)>(
+      begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
+        U16 lo[kLumaRegs], hi[kLumaRegs];
+#pragma GCC unroll 2
+        for (unsigned i = 0; i < kLumaRegs; ++i) {
+          const Sums s = SumsOf(l.X(y.w[i]), t);
+          lo[i] = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
+          hi[i] = (As<U16>(s.r) >> 9 & 63) << 5;
+        }
+        if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
+        Store64s(d, lo, hi);
+      });
 }
 
 // 8-bit channels are the clamped sums >> 7: alpha | R << 16 | G << 8 | B, or
 // with red and blue exchanged (kAbgr).
 template <bool kAbgr>
-V_INLINE void Store8888(uint8_t* d, I16 x, const Terms& t, uint16_t alpha) {
-  const Sums s = SumsOf(x, t);
-  const U16 r = As<U16>(s.r) >> 7 & 255, g = As<U16>(s.g) >> 7 & 255, b = As<U16>(s.b) >> 7 & 255;
-  Store32s(d, g << 8 | (kAbgr ? r : b), alpha | (kAbgr ? b : r));
-}
-
-template <bool kAbgr>
 V_INLINE void Row8888(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
   const uint16_t alpha = static_cast<uint16_t>(rp->key >> 16);
-  for (size_t m = begin; m < end; m += B) {
-    const Terms t = TermsOf(l.k, Widen(l.cb + m), Widen(l.cr + m));
-    Store8888<kAbgr>(l.d0 + 8 * m, LumaX(l.y0 + 2 * m, l.ymul, l.yadd), t, alpha);
-    Store8888<kAbgr>(l.d1 + 8 * m, LumaX(l.y1 + 2 * m, l.ymul, l.yadd), t, alpha);
-  }
+  EachStep<8>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
+    U16 lo[kLumaRegs], hi[kLumaRegs];
+#pragma GCC unroll 2
+    for (unsigned i = 0; i < kLumaRegs; ++i) {
+      const Sums s = SumsOf(l.X(y.w[i]), t);
+      const U16 r = As<U16>(s.r) >> 7 & 255, g = As<U16>(s.g) >> 7 & 255, b = As<U16>(s.b) >> 7 & 255;
+      lo[i] = g << 8 | (kAbgr ? r : b);
+      hi[i] = alpha | (kAbgr ? b : r);
+    }
+    Store32s(d, lo, hi);
+  });
 }
 
 }  // namespace
