@@ -80,12 +80,13 @@ bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add,
   return false;
 }
 
-// Every index through the 32-bit lanes of the rows, against the table.
+// Every index through the 32-bit lanes of the rows, against the table. Some
+// rows take the bias off the lane and some do not: both must fit.
 bool Reproduces(const TermValues& t, const ImgPrcAffineTerm& f) {
   for (int32_t i = 0; i < 256; ++i) {
     const int p = i >= f.split ? 1 : 0;
-    const int64_t lane = int64_t{i} * f.mul[p] + f.add[p] - t.bias;
-    if (lane < INT32_MIN || lane > INT32_MAX) return false;
+    const int64_t lane = int64_t{i} * f.mul[p] + f.add[p];
+    if (std::min(lane, lane - t.bias) < INT32_MIN || std::max(lane, lane - t.bias) > INT32_MAX) return false;
     const int64_t v = std::clamp<int64_t>(ImgPrcAffineAt(f, i), t.lo, t.hi);
     if (v != t.v[i]) return false;
   }

@@ -147,10 +147,18 @@ V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen(p); }
 V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) { return TwiceShifted(Affine(i, t)); }
 #endif
 
-// Luma entries of a register of samples minus 32768, saturated to 16 bits.
+// Luma entries of a register of samples: minus 32768, saturated to 16 bits
+// (x86), or saturated to 0..65535 (NEON, see Sums).
 V_INLINE I16 LumaX(const Wide2& y, uint32_t mul, uint32_t add) {
+#if BLOCK_LANES
+  const int32x4_t lo = As<int32x4_t>(y.lo * mul + add), hi = As<int32x4_t>(y.hi * mul + add);
+  return As<I16>(vqshrun_high_n_s32(vqshrun_n_s32(lo, kShift), hi, kShift));
+#else
   return PackShifted(As<I32>(y.lo * mul + add), As<I32>(y.hi * mul + add));
+#endif
 }
+// What the rows take off a luma entry's product before shifting.
+constexpr uint32_t kLumaBias = BLOCK_LANES ? 0 : uint32_t{32768} << kShift;
 
 // A luma row's samples of one step, widened, in the order of the pixel
 // registers: even and odd pixels (NEON), or in order.
@@ -196,35 +204,45 @@ struct Terms {
   I16 rh, rq, g, bh, bq;  // see the head of this file
 };
 
-// The three sums of a register of pixels, each clamped to 0..32767 (held
-// as X = sum - 32768 in -32768..-1).
+// The three sums of a register of pixels, each clamped to 0..32767, and
+// bits of them. On x86 a sum is held as X = sum - 32768 in -32768..-1. NEON
+// starts from the luma entry itself and adds the signed terms with unsigned
+// saturation (usqadd; two same-signed steps clamp like one), then doubles
+// with unsigned saturation, which clamps to 0..32767 in bits 1-15.
 struct Sums {
-  I16 r, g, b;
+  U16 r, g, b;
 };
+#if BLOCK_LANES
+V_INLINE U16 Sum(I16 l, I16 a, I16 b) {
+  return As<U16>(
+      vqshlq_n_u16(vsqaddq_u16(vsqaddq_u16(As<uint16x8_t>(l), As<int16x8_t>(a)), As<int16x8_t>(b)), 1));
+}
+V_INLINE U16 Bits(U16 sum, unsigned shift) { return sum >> (shift + 1); }
+#else
+V_INLINE U16 Sum(I16 x, I16 a, I16 b) { return As<U16>(Min(AddSat(AddSat(x, a), b), I16{} - 1)); }
+V_INLINE U16 Bits(U16 sum, unsigned shift) { return sum >> shift; }  // bit 15 is set: mask above
+#endif
 V_INLINE Sums SumsOf(I16 x, const Terms& t) {
-  const I16 m1 = I16{} - 1;
-  return {Min(AddSat(AddSat(x, t.rh), t.rq), m1), Min(AddSat(AddSat(x, t.g), t.g), m1),
-          Min(AddSat(AddSat(x, t.bh), t.bq), m1)};
+  return {Sum(x, t.rh, t.rq), Sum(x, t.g, t.g), Sum(x, t.bh, t.bq)};
 }
 
 // RGB565: red sum >> 10, green >> 9, blue >> 10. On NEON each field is
 // shifted into place over the one before (shift right and insert), from the
-// sums doubled so that their bits 11-15 (red) or 10-15 are the field.
+// doubled sums, whose bits 11-15 (red) or 10-15 are the field.
 V_INLINE U16 Pixels565(I16 x, const Terms& t) {
   const Sums s = SumsOf(x, t);
-#if defined(__ARM_NEON) && !defined(__SSE4_1__)
-  const uint16x8_t rg =
-      vsriq_n_u16(vshlq_n_u16(As<uint16x8_t>(s.r), 1), vshlq_n_u16(As<uint16x8_t>(s.g), 1), 5);
-  return As<U16>(vsriq_n_u16(rg, vshlq_n_u16(As<uint16x8_t>(s.b), 1), 11));
+#if BLOCK_LANES
+  const uint16x8_t rg = vsriq_n_u16(As<uint16x8_t>(s.r), As<uint16x8_t>(s.g), 5);
+  return As<U16>(vsriq_n_u16(rg, As<uint16x8_t>(s.b), 11));
 #else
-  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7E0) | ((As<U16>(s.b) >> 10) & 31);
+  return (Bits(s.r, 10) << 11) | (Bits(s.g, 4) & 0x7E0) | (Bits(s.b, 10) & 31);
 #endif
 }
 
 // Opaque RGB555 (green >> 10 too, bit 0 set).
 V_INLINE U16 Pixels555(I16 x, const Terms& t) {
   const Sums s = SumsOf(x, t);
-  return (As<U16>(s.r) >> 10 << 11) | ((As<U16>(s.g) >> 4) & 0x7C0) | ((As<U16>(s.b) >> 9) & 0x3E) | 1;
+  return (Bits(s.r, 10) << 11) | (Bits(s.g, 4) & 0x7C0) | (Bits(s.b, 9) & 0x3E) | 1;
 }
 
 // The colour terms of blocks m..m+B-1.
@@ -313,7 +331,7 @@ struct Locals {
         d0(rp->d0),
         d1(rp->d1),
         ymul(uint32_t(k.y.mul[1])),
-        yadd(uint32_t(k.y.add[1]) - (uint32_t{32768} << kShift)) {}
+        yadd(uint32_t(k.y.add[1]) - kLumaBias) {}
   I16 X(const Wide2& y) const { return LumaX(y, ymul, yadd); }
 };
 
@@ -379,8 +397,8 @@ V_INLINE void SpreadRow(size_t begin, size_t end, const Rgb565RowPair* rp) {
 #pragma GCC unroll 2
         for (unsigned i = 0; i < kLumaRegs; ++i) {
           const Sums s = SumsOf(l.X(y.w[i]), t);
-          lo[i] = ((As<U16>(s.g) >> 9 & 63) << 10) | (As<U16>(s.b) >> 10 & 31);
-          hi[i] = (As<U16>(s.r) >> 9 & 63) << 5;
+          lo[i] = ((Bits(s.g, 9) & 63) << 10) | (Bits(s.b, 10) & 31);
+          hi[i] = (Bits(s.r, 9) & 63) << 5;
         }
         if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
         Store64s(d, lo, hi);
@@ -398,7 +416,7 @@ V_INLINE void Row8888(size_t begin, size_t end, const Rgb565RowPair* rp) {
 #pragma GCC unroll 2
     for (unsigned i = 0; i < kLumaRegs; ++i) {
       const Sums s = SumsOf(l.X(y.w[i]), t);
-      const U16 r = As<U16>(s.r) >> 7 & 255, g = As<U16>(s.g) >> 7 & 255, b = As<U16>(s.b) >> 7 & 255;
+      const U16 r = Bits(s.r, 7) & 255, g = Bits(s.g, 7) & 255, b = Bits(s.b, 7) & 255;
       lo[i] = g << 8 | (kAbgr ? r : b);
       hi[i] = alpha | (kAbgr ? b : r);
     }
