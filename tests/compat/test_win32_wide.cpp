@@ -76,6 +76,13 @@ TEST(LayerWide, ClassesAndConversionsTakeOneByteAndFormattedCallsAreRefused) {
   errno = 0;
   EXPECT_EQ(fn<int(wchar_t*, size_t, const wchar_t*, ...)>("swprintf")(w, 8, L"%d", 1), -1);
   EXPECT_EQ(errno, EOPNOTSUPP);
+  int n = 0;
+  errno = 0;
+  EXPECT_EQ(fn<int(FILE*, const wchar_t*, ...)>("fwscanf")(stdin, L"%d", &n), -1);
+  EXPECT_EQ(errno, EOPNOTSUPP);
+  errno = 0;
+  EXPECT_EQ(fn<int(const wchar_t*, const wchar_t*, ...)>("swscanf")(L"1", L"%d", &n), -1);
+  EXPECT_EQ(errno + n, EOPNOTSUPP);
 }
 
 }  // namespace

@@ -188,6 +188,24 @@ TEST(Rgb565ColourStep, LookedUpClampsMatchComparisonsOverEveryReachableSum) {
   }
 }
 
+// The nearest member's line helpers write one block (two pixels a line) for any smaller width or count:
+// black and white at neutral BT.601 video range, and the guard after them untouched.
+TEST(YuvRgbKernels, LineHelpersWriteOneBlockAtLeast) {
+  Tables t(0, 0, 128, 128, 128);
+  const uint8_t y[2] = {16, 235}, chroma[1] = {128};
+  for (int32_t width : {0, 1}) {
+    uint16_t out[2][3] = {{1, 1, 1}, {1, 1, 1}};
+    Convert_565(&t.ctx, y, y, chroma, chroma, out[0], out[1], width);
+    for (const auto& line : out)
+      EXPECT_EQ(std::vector<uint16_t>(line, line + 3), (std::vector<uint16_t>{0, 0xFFFF, 1}));
+  }
+  const uint64_t white[1] = {uint64_t{63} << 21 | 63 << 10 | 31};
+  uint16_t doubled[2][3] = {{1, 1, 1}, {1, 1, 1}};
+  DoubleLine(doubled[0], doubled[1], white, white, 0);
+  for (const auto& line : doubled)
+    EXPECT_EQ(std::vector<uint16_t>(line, line + 3), (std::vector<uint16_t>{0xFFFF, 0xFFFF, 1}));
+}
+
 TEST(YuvRgbKernels, MissingRecordsOrLineBuffersAreRefusedAndEmptyPicturesIgnored) {
   Tables t(6, false);
   const uint8_t* np[3] = {nullptr, nullptr, nullptr};
