@@ -59,10 +59,11 @@ V_INLINE V Select(M mask, V a, V b) {
   return As<V>((As<M>(a) & mask) | (As<M>(b) & ~mask));
 }
 
-// The intrinsics: bytes widened to 32-bit lanes (the generic conversion goes
-// through scalars), the saturating signed 16-bit add and minimum, 32-bit lanes
-// of two registers saturated to 16 bits, in order, and the same after a shift
-// by kShift, of two registers or of one written into both halves of each lane.
+// The intrinsics: bytes widened to 32-bit lanes (x86; the generic conversion
+// goes through scalars), the saturating signed 16-bit add and minimum, 32-bit
+// lanes of two registers saturated to 16 bits, in order, and the same after a
+// shift by kShift, in order or (x86) each written into both halves of each
+// lane.
 #if defined(__AVX2__)
 V_INLINE U32 Widen(const uint8_t* p) {
   return As<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
@@ -73,9 +74,11 @@ V_INLINE I16 PackSat(I32 a, I32 b) {
   return As<I16>(_mm256_permute4x64_epi64(_mm256_packs_epi32(As<__m256i>(a), As<__m256i>(b)), 0xD8));
 }
 V_INLINE I16 PackShifted(I32 a, I32 b) { return PackSat(a >> kShift, b >> kShift); }
-V_INLINE I16 TwiceShifted(I32 v) {  // packs and unpacks work within 16-byte halves: the lanes stay in order
-  const __m256i h = _mm256_packs_epi32(As<__m256i>(v >> kShift), As<__m256i>(v >> kShift));
-  return As<I16>(_mm256_unpacklo_epi16(h, h));
+// Packs and unpacks work within 16-byte halves: the lanes stay in order.
+V_INLINE void TwiceShifted(I32 a, I32 b, I16* da, I16* db) {
+  const __m256i h = _mm256_packs_epi32(As<__m256i>(a >> kShift), As<__m256i>(b >> kShift));
+  *da = As<I16>(_mm256_unpacklo_epi16(h, h));
+  *db = As<I16>(_mm256_unpackhi_epi16(h, h));
 }
 #elif defined(__SSE4_1__)
 V_INLINE U32 Widen(const uint8_t* p) {
@@ -87,16 +90,12 @@ V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(_mm_adds_epi16(As<__m128i>(a)
 V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(_mm_min_epi16(As<__m128i>(a), As<__m128i>(b))); }
 V_INLINE I16 PackSat(I32 a, I32 b) { return As<I16>(_mm_packs_epi32(As<__m128i>(a), As<__m128i>(b))); }
 V_INLINE I16 PackShifted(I32 a, I32 b) { return PackSat(a >> kShift, b >> kShift); }
-V_INLINE I16 TwiceShifted(I32 v) {
-  const __m128i h = _mm_packs_epi32(As<__m128i>(v >> kShift), As<__m128i>(v >> kShift));
-  return As<I16>(_mm_unpacklo_epi16(h, h));
+V_INLINE void TwiceShifted(I32 a, I32 b, I16* da, I16* db) {
+  const __m128i h = _mm_packs_epi32(As<__m128i>(a >> kShift), As<__m128i>(b >> kShift));
+  *da = As<I16>(_mm_unpacklo_epi16(h, h));
+  *db = As<I16>(_mm_unpackhi_epi16(h, h));
 }
 #else
-V_INLINE U32 Widen(const uint8_t* p) {
-  uint32_t w;
-  memcpy(&w, p, 4);
-  return As<U32>(vmovl_u16(vget_low_u16(vmovl_u8(vcreate_u8(w)))));
-}
 V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(vqaddq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
 V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(vminq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
 V_INLINE I16 PackSat(I32 a, I32 b) {
@@ -104,11 +103,6 @@ V_INLINE I16 PackSat(I32 a, I32 b) {
 }
 V_INLINE I16 PackShifted(I32 a, I32 b) {  // one instruction shifts and saturates
   return As<I16>(vqshrn_high_n_s32(vqshrn_n_s32(As<int32x4_t>(a), kShift), As<int32x4_t>(b), kShift));
-}
-V_INLINE I16 TwiceShifted(I32 v) {
-  // zip1 reads the low halves only; the narrowing shift has zeroed the high one
-  const int16x8_t h = vcombine_s16(vqshrn_n_s32(As<int32x4_t>(v), kShift), vcreate_s16(0));
-  return As<I16>(vzip1q_s16(h, h));
 }
 #endif
 
@@ -132,19 +126,23 @@ V_INLINE I32 Affine(U32 i, const ImgPrcAffineTerm& t) {
   return As<I32>(i * uint32_t(t.mul[1]) + add);
 }
 
-// The chroma samples of a step's blocks, and a term of them saturated to 16
-// bits: one lane a block (NEON), or doubled into both halves of each 32-bit
-// lane, the term of block m for its two pixels.
+// The chroma samples of a step's blocks, and two terms of them saturated to
+// 16 bits: one lane a block (NEON), or doubled into both halves of each
+// 32-bit lane, the term of block m for its two pixels.
 #if BLOCK_LANES
 using ChromaSamples = Wide2;
 V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen2(p); }
-V_INLINE I16 ChromaTerm(const Wide2& i, const ImgPrcAffineTerm& t) {
-  return PackShifted(Affine(i.lo, t), Affine(i.hi, t));
+V_INLINE void ChromaTerms(const Wide2& i, const ImgPrcAffineTerm& t1, const ImgPrcAffineTerm& t2, I16* d1,
+                          I16* d2) {
+  *d1 = PackShifted(Affine(i.lo, t1), Affine(i.hi, t1));
+  *d2 = PackShifted(Affine(i.lo, t2), Affine(i.hi, t2));
 }
 #else
 using ChromaSamples = U32;
 V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen(p); }
-V_INLINE I16 ChromaTerm(U32 i, const ImgPrcAffineTerm& t) { return TwiceShifted(Affine(i, t)); }
+V_INLINE void ChromaTerms(U32 i, const ImgPrcAffineTerm& t1, const ImgPrcAffineTerm& t2, I16* d1, I16* d2) {
+  TwiceShifted(Affine(i, t1), Affine(i, t2), d1, d2);
+}
 #endif
 
 // Luma entries of a register of samples: minus 32768, saturated to 16 bits
@@ -247,11 +245,11 @@ V_INLINE U16 Pixels555(I16 x, const Terms& t) {
 
 // The colour terms of blocks m..m+B-1.
 V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, const ChromaSamples& cb, const ChromaSamples& cr) {
-  const I16 gcr = ChromaTerm(cr, k.gcr), gcb = ChromaTerm(cb, k.gcb);
   Terms t;
-  t.rh = ChromaTerm(cr, k.rcr);
+  I16 gcr, gcb;
+  ChromaTerms(cr, k.rcr, k.gcr, &t.rh, &gcr);
+  ChromaTerms(cb, k.bcb, k.gcb, &t.bh, &gcb);
   t.rq = AddSat(t.rh, As<I16>(As<U16>(gcr) >> 15));
-  t.bh = ChromaTerm(cb, k.bcb);
   t.bq = AddSat(t.bh, As<I16>(As<U16>(gcb) >> 15));
   t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
   return t;
