@@ -18,11 +18,27 @@
 
 #include "imageproc/row_dispatch.h"
 
+// Every row of a picture is stretched at the same positions. A vector row
+// given an empty plan works its positions out into it as it goes; given the
+// plan it filled, over the same entries, it reads them back instead. A plan
+// belongs to the row that filled it (by its width): other rows, and rows
+// given none, work the positions out each time.
+struct StretchPlan {
+  uint8_t* bytes;  // StretchPlanBytes(entries) of them
+  unsigned lanes;  // of the row that filled it; 0 while empty
+  size_t begin, end;
+  uint32_t step;
+};
+// Per group of a row's pixels: the window's first entry, the selectors of the
+// left entries and the weights (at most 36 bytes a group of two entries).
+inline size_t StretchPlanBytes(size_t entries) { return 18 * entries + 72; }
+
 template <class Entry>
 struct Hlerp565LineOf {
-  const Entry* src;  // spread line
-  uint8_t* out;      // entry k at bytes 8k..8k+7
-  uint32_t step;     // 16.16
+  const Entry* src;   // spread line
+  uint8_t* out;       // entry k at bytes 8k..8k+7
+  uint32_t step;      // 16.16
+  StretchPlan* plan;  // or null
 };
 using Hlerp565Line = Hlerp565LineOf<uint64_t>;
 using Hlerp565Line32 = Hlerp565LineOf<uint32_t>;
