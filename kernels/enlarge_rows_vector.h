@@ -95,6 +95,13 @@ V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {  // the byte indice
 }
 #endif
 V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) { PickPair(v, Selectors(idx), at, next); }
+V_INLINE U32 Pick(U32 v, U32 sel) {
+#if defined(__AVX2__)
+  return Permute(v, sel);
+#else
+  return ShuffleBytes(v, sel);
+#endif
+}
 
 typedef int16_t I16 __attribute__((vector_size(N)));
 
@@ -124,10 +131,6 @@ V_INLINE U32 Window(const uint32_t* e) {
   return r;
 }
 
-// Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
-// HLerp's sink does. With kOneWindow (steps short enough that a register's
-// left entries span at most L - 2 entries) one window of L entries holds the
-// right entries too, and both are permutes of it.
 // A register of blends packed as RGB565, each pair's two 16-bit pixels side
 // by side in the low half of its 64-bit entry, zeros above (byte indices with
 // the top bit set give 0).
@@ -137,35 +140,74 @@ V_INLINE void StorePairs(uint8_t* out, U32 v) {
   memcpy(out, &e, N);
 }
 
+// Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
+// HLerp's sink does. With kOneWindow (steps short enough that a register's
+// left entries span at most L - 2 entries) one window of L entries holds the
+// right entries too, and both are permutes of it. Given plan bytes, each
+// group's window, selectors and weights are also written there.
 template <bool kOneWindow, class Entry>
-V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, uint32_t step) {
+V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, uint32_t step,
+                      uint8_t* plan) {
   const U32 offsets = U32{LANE_ORDER} * step;
   for (size_t k = begin; k < end; k += L / 2) {
     const uint32_t at = static_cast<uint32_t>(2 * k * step);
     const U32 pos = at + offsets;
-    const U32 idx = pos >> 16;
     const uint32_t last = (at + (L - 1) * step) >> 16;  // the last lane's index, kept out of the vectors
+    const uint32_t first = last + (kOneWindow ? 2 : 1) >= L ? last + (kOneWindow ? 2 : 1) - L : 0;
+    const U32 sel = Selectors((pos >> 16) - first), w = (pos >> 11) & 31;
     U32 a, b;
     if (kOneWindow) {
-      const uint32_t first = last + 2 >= L ? last + 2 - L : 0;
-      const U32 window = Window(src + first), rel = idx - first;
-      PermutePair(window, rel, &a, &b);
+      PickPair(Window(src + first), sel, &a, &b);
     } else {
-      const uint32_t first = last + 1 >= L ? last + 1 - L : 0;
-      const U32 rel = idx - first;
-      a = Permute(Window(src + first), rel);
-      b = Permute(Window(src + first + 1), rel);
+      a = Pick(Window(src + first), sel);
+      b = Pick(Window(src + first + 1), sel);
     }
-    StorePairs(out + 8 * k, (a << 5) + ((pos >> 11) & 31) * (b - a));
+    StorePairs(out + 8 * k, (a << 5) + w * (b - a));
+    if (plan != nullptr) {
+      memcpy(plan, &first, 4);
+      memcpy(plan + 4, &sel, N);
+      memcpy(plan + 4 + N, &w, N);
+      plan += 4 + 2 * N;
+    }
   }
+}
+
+// The same from a filled plan.
+template <bool kOneWindow, class Entry>
+V_INLINE void StretchPlanned(size_t begin, size_t end, const Entry* src, uint8_t* out, const uint8_t* plan) {
+  for (size_t k = begin; k < end; k += L / 2, plan += 4 + 2 * N) {
+    uint32_t first;
+    U32 sel, w, a, b;
+    memcpy(&first, plan, 4);
+    memcpy(&sel, plan + 4, N);
+    memcpy(&w, plan + 4 + N, N);
+    if (kOneWindow) {
+      PickPair(Window(src + first), sel, &a, &b);
+    } else {
+      a = Pick(Window(src + first), sel);
+      b = Pick(Window(src + first + 1), sel);
+    }
+    StorePairs(out + 8 * k, (a << 5) + w * (b - a));
+  }
+}
+
+template <bool kOneWindow, class Entry>
+V_INLINE void StretchWith(size_t begin, size_t end, const Hlerp565LineOf<Entry>* line) {
+  StretchPlan* plan = line->plan;
+  if (plan != nullptr && plan->lanes == L && plan->begin == begin && plan->end == end &&
+      plan->step == line->step)
+    return StretchPlanned<kOneWindow>(begin, end, line->src, line->out, plan->bytes);
+  const bool fill = plan != nullptr && plan->lanes == 0;
+  Stretch<kOneWindow>(begin, end, line->src, line->out, line->step, fill ? plan->bytes : nullptr);
+  if (fill) *plan = StretchPlan{plan->bytes, L, begin, end, line->step};
 }
 
 template <class Entry>
 V_INLINE void StretchRow(size_t begin, size_t end, const Hlerp565LineOf<Entry>* line) {
   if (static_cast<uint64_t>(line->step) * (L - 1) < uint64_t{L - 2} << 16) {
-    Stretch<true>(begin, end, line->src, line->out, line->step);
+    StretchWith<true>(begin, end, line);
   } else {
-    Stretch<false>(begin, end, line->src, line->out, line->step);
+    StretchWith<false>(begin, end, line);
   }
 }
 
