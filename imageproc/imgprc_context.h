@@ -78,6 +78,9 @@ typedef struct ImgPrcContext {
   // The range tables as integer arithmetic and the vector rows chosen for
   // them, refreshed whenever the tables are built.
   ImgPrcAffineTables affine;
+  // Where the enlarging stretch keeps a picture's positions (after the line
+  // buffers, in their block); null in a record that has none.
+  uint8_t* stretchPlan;
 } ImgPrcContext;
 
 #ifdef __cplusplus

@@ -4,6 +4,7 @@
 
 #include "imageproc/imgprc_alloc.h"
 #include "imageproc/pipeline.h"
+#include "kernels/enlarge_rows.h"
 #include "kernels/rgb_convert.h"
 
 namespace {
@@ -56,15 +57,17 @@ uint32_t ClassifyResize(const ImgPrcContext* c) {
 // Every entry is a 64-bit word (a spread pixel in its low half, or a pair of
 // RGB565 pixels), so a line takes 8 bytes a pixel: at 4 bytes a 1.5x or any
 // enlargement under 2x would run each line into the next and the last one off
-// the block.
+// the block. The stretch's plan for the destination's pixel pairs follows them.
 int AllocateLineBuffers(ImgPrcContext* c) {
   const uint64_t widest = c->workSrcWidth > c->workDstWidth ? c->workSrcWidth : c->workDstWidth;
   const uint64_t lineSize = (widest + 4) * 8;
-  uint8_t* block = static_cast<uint8_t*>(ImgPrcMalloc(4 * lineSize + 4));
+  const uint64_t planSize = StretchPlanBytes(c->workDstWidth / 2 + 1);
+  uint8_t* block = static_cast<uint8_t*>(ImgPrcMalloc(4 * lineSize + 4 + planSize));
   if (!block) return -2;
   c->lineBufferBlock = block;
   uint8_t* line = block + ((4 - reinterpret_cast<uintptr_t>(block) % 4) % 4);
   for (int i = 0; i < 4; ++i) c->lineBuffer[i] = line + i * lineSize;
+  c->stretchPlan = line + 4 * lineSize;
   return 0;
 }
 

@@ -140,6 +140,21 @@ V_INLINE void StorePairs(uint8_t* out, U32 v) {
   memcpy(out, &e, N);
 }
 
+// A group's blends, a * 32 + f * (b - a) on 32-bit lanes, from the window at
+// `window`: the left entries are picked by `sel` and the right ones lie one
+// lane on in it (kOneWindow) or in the window one entry on.
+template <bool kOneWindow, class Entry>
+V_INLINE void StoreGroup(const Entry* window, U32 sel, U32 w, uint8_t* out) {
+  U32 a, b;
+  if (kOneWindow) {
+    PickPair(Window(window), sel, &a, &b);
+  } else {
+    a = Pick(Window(window), sel);
+    b = Pick(Window(window + 1), sel);
+  }
+  StorePairs(out, (a << 5) + w * (b - a));
+}
+
 // Blends on 32-bit lanes as a * 32 + f * (b - a), packed and paired as
 // HLerp's sink does. With kOneWindow (steps short enough that a register's
 // left entries span at most L - 2 entries) one window of L entries holds the
@@ -155,14 +170,7 @@ V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, 
     const uint32_t last = (at + (L - 1) * step) >> 16;  // the last lane's index, kept out of the vectors
     const uint32_t first = last + (kOneWindow ? 2 : 1) >= L ? last + (kOneWindow ? 2 : 1) - L : 0;
     const U32 sel = Selectors((pos >> 16) - first), w = (pos >> 11) & 31;
-    U32 a, b;
-    if (kOneWindow) {
-      PickPair(Window(src + first), sel, &a, &b);
-    } else {
-      a = Pick(Window(src + first), sel);
-      b = Pick(Window(src + first + 1), sel);
-    }
-    StorePairs(out + 8 * k, (a << 5) + w * (b - a));
+    StoreGroup<kOneWindow>(src + first, sel, w, out + 8 * k);
     if (plan != nullptr) {
       memcpy(plan, &first, 4);
       memcpy(plan + 4, &sel, N);
@@ -177,17 +185,11 @@ template <bool kOneWindow, class Entry>
 V_INLINE void StretchPlanned(size_t begin, size_t end, const Entry* src, uint8_t* out, const uint8_t* plan) {
   for (size_t k = begin; k < end; k += L / 2, plan += 4 + 2 * N) {
     uint32_t first;
-    U32 sel, w, a, b;
+    U32 sel, w;
     memcpy(&first, plan, 4);
     memcpy(&sel, plan + 4, N);
     memcpy(&w, plan + 4 + N, N);
-    if (kOneWindow) {
-      PickPair(Window(src + first), sel, &a, &b);
-    } else {
-      a = Pick(Window(src + first), sel);
-      b = Pick(Window(src + first + 1), sel);
-    }
-    StorePairs(out + 8 * k, (a << 5) + w * (b - a));
+    StoreGroup<kOneWindow>(src + first, sel, w, out + 8 * k);
   }
 }
 
@@ -257,11 +259,10 @@ V_INLINE void FixedStretch(size_t begin, size_t end, const FixedStretchLine* lin
     uint8_t* out = line->out + 4 * P.pixels * r;  // a round's pixels, two to an 8-byte entry
 #pragma GCC unroll 10
     for (unsigned j = 0; j < kLayout.kRegs; ++j) {
-      U32 sel, w, a, b;
+      U32 sel, w;
       memcpy(&sel, kLayout.sel[j], N);
       memcpy(&w, kLayout.weight[j], N);
-      PickPair(Window(s + kLayout.first[j]), sel, &a, &b);
-      StorePairs(out + N * j, (a << 5) + w * (b - a));
+      StoreGroup<true>(s + kLayout.first[j], sel, w, out + N * j);
     }
   }
 }

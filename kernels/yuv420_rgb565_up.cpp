@@ -3,8 +3,6 @@
 // then stretched across by one of the line interpolators.
 #include <stddef.h>
 
-#include <memory>
-#include <new>
 #include <type_traits>
 
 #include "kernels/enlarge_rows.h"
@@ -55,20 +53,19 @@ extern "C" SCRIM_API uint32_t _ORUYCbCr420ToRGB565RszUp(ImgPrcContext* ctx, uint
   const ptrdiff_t rowBytes = WideRowBytes(pitch);
   const size_t pairs = dstWidth >> 1 < 1 ? 1 : static_cast<size_t>(dstWidth >> 1);
   // Each output row stretched by HLerp's blends through its row set, chosen
-  // once for the picture.
-  // Its positions are worked out on the first row and kept for the others
-  // (when the plan's bytes can be had).
-  std::unique_ptr<uint8_t[]> planBytes(new (std::nothrow) uint8_t[StretchPlanBytes(pairs)]);
-  StretchPlan plan{planBytes.get(), 0, 0, 0, 0};
+  // once for the picture; its positions are worked out on the first row and
+  // kept for the others where the instance has room for them (an instance's
+  // plan holds its destination's pixel pairs).
+  StretchPlan plan{ctx->stretchPlan, 0, 0, 0, 0};
+  const bool keep = ctx->stretchPlan != nullptr && pairs <= ctx->workDstWidth / 2 + 1;
   WithSpreadLines(ctx, [&](auto* tag) {
     using Entry = std::remove_pointer_t<decltype(tag)>;
     const Hlerp565RowOf<Entry> stretch = PickHlerp565Row<Entry>(sx, dstWidth);
-    EnlargeRows<Entry>(
-        ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
-        [&](const Entry* line, int32_t j) {
-          const Hlerp565LineOf<Entry> l{line, dst + j * rowBytes, sx, planBytes != nullptr ? &plan : nullptr};
-          run_row(stretch, 0, pairs, static_cast<const Hlerp565LineOf<Entry>*>(&l));
-        });
+    EnlargeRows<Entry>(ctx, lineBuffers, src, srcStrides, srcWidth, srcHeight, dstHeight, Convert,
+                       [&](const Entry* line, int32_t j) {
+                         const Hlerp565LineOf<Entry> l{line, dst + j * rowBytes, sx, keep ? &plan : nullptr};
+                         run_row(stretch, 0, pairs, static_cast<const Hlerp565LineOf<Entry>*>(&l));
+                       });
   });
   return 0;
 }
