@@ -67,40 +67,29 @@ V_INLINE U32 ShuffleBytes(U32 v, U32 bytes) {
 }
 #endif
 
-// Lanes of v picked by idx (each 0..L-1): one lane permute on AVX2, elsewhere
-// a byte shuffle of the lanes' byte indices (built with shifts: a 32-bit
-// multiply is slow on many cores).
+// Lanes of v picked by selectors: on AVX2 the lanes' indices (one lane
+// permute), elsewhere their bytes' indices (a byte shuffle; the indices are
+// built with shifts, as a 32-bit multiply is slow on many cores).
 #if defined(__AVX2__)
-V_INLINE U32 Permute(U32 v, U32 idx) {
-  return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(idx)));
-}
-// What picks lane i: its index, or (for byte shuffles) its bytes' indices.
 constexpr uint32_t LaneSelector(uint32_t i) { return i; }
 V_INLINE U32 Selectors(U32 idx) { return idx; }
-// Lanes idx and idx + 1 of v, given the selectors of idx.
-V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {
-  *at = Permute(v, sel);
-  *next = Permute(v, sel + 1);
+V_INLINE U32 Pick(U32 v, U32 sel) {
+  return As<U32>(_mm256_permutevar8x32_epi32(As<__m256i>(v), As<__m256i>(sel)));
 }
+constexpr uint32_t kNextLane = 1;
 #else
 constexpr uint32_t LaneSelector(uint32_t i) { return 0x03020100u + 0x04040404u * i; }
 V_INLINE U32 Selectors(U32 idx) {
   const U32 b = idx << 2;
   return (b | b << 8 | b << 16 | b << 24) + 0x03020100u;
 }
-V_INLINE U32 Permute(U32 v, U32 idx) { return ShuffleBytes(v, Selectors(idx)); }
-V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {  // the byte indices of lane idx + 1 are 4 on
-  *at = ShuffleBytes(v, sel);
-  *next = ShuffleBytes(v, sel + 0x04040404u);
-}
+V_INLINE U32 Pick(U32 v, U32 sel) { return ShuffleBytes(v, sel); }
+constexpr uint32_t kNextLane = 0x04040404u;  // the byte indices of the next lane are 4 on
 #endif
-V_INLINE void PermutePair(U32 v, U32 idx, U32* at, U32* next) { PickPair(v, Selectors(idx), at, next); }
-V_INLINE U32 Pick(U32 v, U32 sel) {
-#if defined(__AVX2__)
-  return Permute(v, sel);
-#else
-  return ShuffleBytes(v, sel);
-#endif
+// The lanes picked by sel and the lanes one on.
+V_INLINE void PickPair(U32 v, U32 sel, U32* at, U32* next) {
+  *at = Pick(v, sel);
+  *next = Pick(v, sel + kNextLane);
 }
 
 typedef int16_t I16 __attribute__((vector_size(N)));
@@ -167,8 +156,9 @@ V_INLINE void Stretch(size_t begin, size_t end, const Entry* src, uint8_t* out, 
   for (size_t k = begin; k < end; k += L / 2) {
     const uint32_t at = static_cast<uint32_t>(2 * k * step);
     const U32 pos = at + offsets;
-    const uint32_t last = (at + (L - 1) * step) >> 16;  // the last lane's index, kept out of the vectors
-    const uint32_t first = last + (kOneWindow ? 2 : 1) >= L ? last + (kOneWindow ? 2 : 1) - L : 0;
+    const uint32_t last = (at + (L - 1) * step) >> 16;   // the last lane's index, kept out of the vectors
+    const uint32_t reach = last + (kOneWindow ? 2 : 1);  // one past the last entry the window must hold
+    const uint32_t first = reach >= L ? reach - L : 0;
     const U32 sel = Selectors((pos >> 16) - first), w = (pos >> 11) & 31;
     StoreGroup<kOneWindow>(src + first, sel, w, out + 8 * k);
     if (plan != nullptr) {

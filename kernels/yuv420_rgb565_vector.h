@@ -60,7 +60,7 @@ V_INLINE V Select(M mask, V a, V b) {
 }
 
 // The intrinsics: bytes widened to 32-bit lanes (x86; the generic conversion
-// goes through scalars), the saturating signed 16-bit add and minimum, 32-bit
+// goes through scalars), the saturating signed 16-bit add and (x86) minimum, 32-bit
 // lanes of two registers saturated to 16 bits, in order, and the same after a
 // shift by kShift, in order or (x86) each written into both halves of each
 // lane.
@@ -97,7 +97,6 @@ V_INLINE void TwiceShifted(I32 a, I32 b, I16* da, I16* db) {
 }
 #else
 V_INLINE I16 AddSat(I16 a, I16 b) { return As<I16>(vqaddq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
-V_INLINE I16 Min(I16 a, I16 b) { return As<I16>(vminq_s16(As<int16x8_t>(a), As<int16x8_t>(b))); }
 V_INLINE I16 PackSat(I32 a, I32 b) {
   return As<I16>(vqmovn_high_s32(vqmovn_s32(As<int32x4_t>(a)), As<int32x4_t>(b)));
 }

@@ -354,9 +354,8 @@ struct FixedLine {
   static constexpr size_t kGuard = 8;
   std::vector<uint32_t> src;
   std::vector<uint8_t> dst;
-  size_t entries;  // output entries a round
   FixedLine(size_t end, size_t entriesPerRound, std::mt19937& rng)
-      : src(4 * end + 1), dst(8 * entriesPerRound * end + 2 * kGuard, 0xA5), entries(entriesPerRound) {
+      : src(4 * end + 1), dst(8 * entriesPerRound * end + 2 * kGuard, 0xA5) {
     for (uint32_t& e : src) e = rng();
   }
   FixedStretchLine Line(size_t end) { return {src.data(), dst.data() + kGuard, end + 1}; }
