@@ -24,12 +24,13 @@ struct AddRange {
   int64_t lowest, highest;
 };
 constexpr int64_t kUnbounded = int64_t{1} << 45;
-AddRange AddRangeFor(const TermValues& t, int a, int b, int64_t mul) {
+AddRange AddRangeFor(const TermValues& t, int a, int b, int64_t mul, int shift = kShift) {
   AddRange r{-kUnbounded, kUnbounded};
+  const int64_t one = int64_t{1} << shift;
   for (int i = a; i < b; ++i) {
     const int64_t at = i * mul;
-    if (t.v[i] > t.lo) r.lowest = std::max(r.lowest, t.v[i] * kOne - at);
-    if (t.v[i] < t.hi) r.highest = std::min(r.highest, (t.v[i] + 1) * kOne - at - 1);
+    if (t.v[i] > t.lo) r.lowest = std::max(r.lowest, t.v[i] * one - at);
+    if (t.v[i] < t.hi) r.highest = std::min(r.highest, (t.v[i] + 1) * one - at - 1);
   }
   return r;
 }
@@ -115,6 +116,48 @@ bool FitTerm(const TermValues& t, ImgPrcAffineTerm* f) {
   return false;
 }
 
+// The narrow form's luma: a slope of s = mul + fracMul / 2^shift, near the
+// 32-bit form's, and the lowest or highest add that the table allows; each
+// candidate checked through the rows' arithmetic. fracMul is bounded so that
+// y * fracMul plus a fractional add stays within 16 bits, mul by the 8-bit
+// multipliers of the NEON rows.
+bool FitNarrowLuma(const TermValues& t, const ImgPrcAffineTerm& wide, ImgPrcNarrowStep* n) {
+  constexpr int kNarrow = IMGPRC_NARROW_SHIFT;
+  constexpr int64_t kOneNarrow = int64_t{1} << kNarrow;
+  constexpr int32_t kMaxFrac = (65536 - kOneNarrow) / 255;
+  const int32_t base = wide.mul[1] >> kShift;
+  for (int32_t mul = std::max(base - 1, 0); mul <= std::min(base + 1, 255); ++mul)
+    for (int32_t frac = 0; frac <= kMaxFrac; ++frac) {
+      const AddRange r = AddRangeFor(t, 0, 256, mul * kOneNarrow + frac, kNarrow);
+      const int64_t lowest = std::max(r.lowest, -32768 * kOneNarrow);
+      const int64_t highest = std::min(r.highest, 32768 * kOneNarrow - 1);
+      for (const int64_t add : {lowest, highest}) {
+        if (lowest > highest) break;
+        *n = {1, uint16_t(mul), uint16_t(frac), uint16_t(add & (kOneNarrow - 1)), int16_t(add >> kNarrow)};
+        bool all = true;
+        for (int32_t y = 0; y < 256 && all; ++y) all = ImgPrcNarrowLumaAt(*n, y) == t.v[y];
+        if (all) return true;
+      }
+    }
+  *n = {};
+  return false;
+}
+
+// Whether red's and green's chroma terms fit signed 16 bits: Cr >> 15 of
+// every entry, and twice every sum of a Cb and a Cr low half (which then
+// never carries).
+bool TermsFitNarrow(const int64_t* tableCb, const int64_t* tableCr) {
+  int32_t low[2][2] = {{0, 0}, {0, 0}};  // least and most low half of Cb, of Cr
+  for (int i = 0; i < 256; ++i)
+    for (int c = 0; c < 2; ++c) {
+      const int32_t e = static_cast<int32_t>(static_cast<uint32_t>((c ? tableCr : tableCb)[i]));
+      if (c == 1 && ((e >> 15) < INT16_MIN || (e >> 15) > INT16_MAX)) return false;
+      low[c][0] = std::min<int32_t>(low[c][0], static_cast<int16_t>(e));
+      low[c][1] = std::max<int32_t>(low[c][1], static_cast<int16_t>(e));
+    }
+  return 2 * (low[0][0] + low[1][0]) >= INT16_MIN && 2 * (low[0][1] + low[1][1]) <= INT16_MAX;
+}
+
 TermValues Half(const int64_t* table, bool high) {
   TermValues t{{}, -32768, 32767, 0};
   for (int i = 0; i < 256; ++i) {
@@ -131,12 +174,16 @@ const void* ImgPrcChooseRgb565Row();  // kernels/yuv420_rgb565_rows.cpp
 bool ImgPrcFitAffineTables(const uint16_t* tableY, const int64_t* tableCb, const int64_t* tableCr,
                            ImgPrcAffineTables* out) {
   out->rgb565Row = nullptr;
+  out->narrow = {};
   TermValues y{{}, 0, 65535, int64_t{32768} << kShift};
   for (int i = 0; i < 256; ++i) y.v[i] = tableY[i];
   // Luma rows use one piece (its negative levels all clamp to 0).
   const bool exact = FitTerm(y, &out->y) && out->y.split == 0 && FitTerm(Half(tableCr, true), &out->rcr) &&
                      FitTerm(Half(tableCr, false), &out->gcr) && FitTerm(Half(tableCb, false), &out->gcb) &&
                      FitTerm(Half(tableCb, true), &out->bcb);
-  if (exact) out->rgb565Row = ImgPrcChooseRgb565Row();
+  if (exact) {
+    out->rgb565Row = ImgPrcChooseRgb565Row();
+    if (TermsFitNarrow(tableCb, tableCr)) FitNarrowLuma(y, out->y, &out->narrow);
+  }
   return exact;
 }

@@ -157,20 +157,6 @@ V_INLINE I16 LumaX(const Wide2& y, uint32_t mul, uint32_t add) {
 // What the rows take off a luma entry's product before shifting.
 constexpr uint32_t kLumaBias = BLOCK_LANES ? 0 : uint32_t{32768} << kShift;
 
-// A luma row's samples of one step, widened, in the order of the pixel
-// registers: even and odd pixels (NEON), or in order.
-struct LumaRow {
-  Wide2 w[kLumaRegs];
-};
-V_INLINE LumaRow LumaAt(const uint8_t* p) {
-#if BLOCK_LANES
-  const uint8x8x2_t v = vld2_u8(p);
-  return {{Widen2(v.val[0]), Widen2(v.val[1])}};
-#else
-  return {{Widen2(p)}};
-#endif
-}
-
 #if RGB565_VECTOR_BYTES == 32
 // Interleaves within each 16-byte half, as the instructions do them.
 #define ZIP16_LO 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
@@ -200,6 +186,11 @@ V_INLINE void Store16s(uint8_t* d, const U16 (&px)[kLumaRegs]) {
 struct Terms {
   I16 rh, rq, g, bh, bq;  // see the head of this file
 };
+// Red's and green's terms summed, where the narrow form says they fit 16
+// bits (blue's reach 17 bits in video range).
+struct SummedTerms {
+  I16 r, g, bh, bq;
+};
 
 // The three sums of a register of pixels, each clamped to 0..32767, and
 // bits of them. On x86 a sum is held as X = sum - 32768 in -32768..-1. NEON
@@ -210,23 +201,26 @@ struct Sums {
   U16 r, g, b;
 };
 #if BLOCK_LANES
-V_INLINE U16 Sum(I16 l, I16 a, I16 b) {
-  return As<U16>(
-      vqshlq_n_u16(vsqaddq_u16(vsqaddq_u16(As<uint16x8_t>(l), As<int16x8_t>(a)), As<int16x8_t>(b)), 1));
-}
+V_INLINE I16 Add(I16 l, I16 a) { return As<I16>(vsqaddq_u16(As<uint16x8_t>(l), As<int16x8_t>(a))); }
+V_INLINE U16 Clamped(I16 sum) { return As<U16>(vqshlq_n_u16(As<uint16x8_t>(sum), 1)); }
 V_INLINE U16 Bits(U16 sum, unsigned shift) { return sum >> (shift + 1); }
 #else
-V_INLINE U16 Sum(I16 x, I16 a, I16 b) { return As<U16>(Min(AddSat(AddSat(x, a), b), I16{} - 1)); }
+V_INLINE I16 Add(I16 x, I16 a) { return AddSat(x, a); }
+V_INLINE U16 Clamped(I16 x) { return As<U16>(Min(x, I16{} - 1)); }
 V_INLINE U16 Bits(U16 sum, unsigned shift) { return sum >> shift; }  // bit 15 is set: mask above
 #endif
 V_INLINE Sums SumsOf(I16 x, const Terms& t) {
-  return {Sum(x, t.rh, t.rq), Sum(x, t.g, t.g), Sum(x, t.bh, t.bq)};
+  return {Clamped(Add(Add(x, t.rh), t.rq)), Clamped(Add(Add(x, t.g), t.g)), Clamped(Add(Add(x, t.bh), t.bq))};
+}
+V_INLINE Sums SumsOf(I16 x, const SummedTerms& t) {
+  return {Clamped(Add(x, t.r)), Clamped(Add(x, t.g)), Clamped(Add(Add(x, t.bh), t.bq))};
 }
 
 // RGB565: red sum >> 10, green >> 9, blue >> 10. On NEON each field is
 // shifted into place over the one before (shift right and insert), from the
 // doubled sums, whose bits 11-15 (red) or 10-15 are the field.
-V_INLINE U16 Pixels565(I16 x, const Terms& t) {
+template <class T>
+V_INLINE U16 Pixels565(I16 x, const T& t) {
   const Sums s = SumsOf(x, t);
 #if BLOCK_LANES
   const uint16x8_t rg = vsriq_n_u16(As<uint16x8_t>(s.r), As<uint16x8_t>(s.g), 5);
@@ -237,7 +231,8 @@ V_INLINE U16 Pixels565(I16 x, const Terms& t) {
 }
 
 // Opaque RGB555 (green >> 10 too, bit 0 set).
-V_INLINE U16 Pixels555(I16 x, const Terms& t) {
+template <class T>
+V_INLINE U16 Pixels555(I16 x, const T& t) {
   const Sums s = SumsOf(x, t);
   return (Bits(s.r, 10) << 11) | (Bits(s.g, 4) & 0x7C0) | (Bits(s.b, 9) & 0x3E) | 1;
 }
@@ -253,6 +248,7 @@ V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, const ChromaSamples& cb, con
   t.g = As<I16>(As<U16>(gcb) + As<U16>(gcr));
   return t;
 }
+V_INLINE SummedTerms Summed(const Terms& t) { return {AddSat(t.rh, t.rq), t.g + t.g, t.bh, t.bq}; }
 
 // Spread entries: red and green are the sums >> 9 (6 bits), blue >> 10. Each
 // pixel is built as its two 16-bit halves, which are interleaved (x86), then
@@ -329,30 +325,94 @@ struct Locals {
         d1(rp->d1),
         ymul(uint32_t(k.y.mul[1])),
         yadd(uint32_t(k.y.add[1]) - kLumaBias) {}
-  I16 X(const Wide2& y) const { return LumaX(y, ymul, yadd); }
 };
+
+// A luma row's entries of one step in the pixel registers (x86: each less
+// 32768, saturated), and its samples in 16-bit lanes for the colour key (the
+// other rows leave them to the compiler to drop). The pixel registers hold
+// the even and odd pixels (NEON) or the pixels in order.
+struct LumaRow {
+  I16 x[kLumaRegs];
+  U16 y[kLumaRegs];
+};
+
+// From the 32-bit form.
+V_INLINE LumaRow LumaWide(const uint8_t* p, const Locals& l) {
+  LumaRow r;
+#if BLOCK_LANES
+  const uint8x8x2_t v = vld2_u8(p);
+  for (unsigned h = 0; h < 2; ++h) {
+    r.x[h] = LumaX(Widen2(v.val[h]), l.ymul, l.yadd);
+    r.y[h] = As<U16>(vmovl_u8(v.val[h]));
+  }
+#else
+  const Wide2 w = Widen2(p);
+  r.x[0] = LumaX(w, l.ymul, l.yadd);
+  r.y[0] = As<U16>(PackSat(As<I32>(w.lo), As<I32>(w.hi)));
+#endif
+  return r;
+}
+
+// From the narrow form: 16-bit products, on NEON straight from the 8-bit
+// samples (widening multiplies, the fraction shifted in and accumulated, the
+// add saturated in with the signed-to-unsigned accumulate).
+V_INLINE LumaRow LumaNarrow(const uint8_t* p, const Locals& l) {
+  const ImgPrcNarrowStep& n = l.k.narrow;
+  constexpr int kFrac = IMGPRC_NARROW_SHIFT;
+  LumaRow r;
+#if BLOCK_LANES
+  const uint8x8x2_t v = vld2_u8(p);
+  for (unsigned h = 0; h < 2; ++h) {
+    const uint16x8_t a = vmull_u8(v.val[h], vdup_n_u8(uint8_t(n.mul)));
+    const uint16x8_t t = vmlal_u8(vdupq_n_u16(n.fracAdd), v.val[h], vdup_n_u8(uint8_t(n.fracMul)));
+    r.x[h] = As<I16>(vsqaddq_u16(vsraq_n_u16(a, t, kFrac), vdupq_n_s16(n.add)));
+    r.y[h] = As<U16>(vmovl_u8(v.val[h]));
+  }
+#else
+#if RGB565_VECTOR_BYTES == 32
+  r.y[0] = As<U16>(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+#else
+  r.y[0] = As<U16>(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+#endif
+  const U16 a = r.y[0] * n.mul + ((r.y[0] * n.fracMul + n.fracAdd) >> kFrac);
+  r.x[0] = AddSat(As<I16>(a ^ 0x8000), I16{} + n.add);
+#endif
+  return r;
+}
 
 // The walk of a block row: per step, the terms of B blocks, then each of
 // the two luma rows handed to row(luma, destination, terms), the
-// destination `bytes` a block.
-template <size_t kBytes, class WriteRow>
-V_INLINE void EachStep(size_t begin, size_t end, const Locals& l, WriteRow row) {
+// destination `bytes` a block. The narrow and the 32-bit form have a loop
+// each; which one runs is fixed when the tables are built.
+template <size_t kBytes, bool kNarrow, class WriteRow>
+V_INLINE void Steps(size_t begin, size_t end, const Locals& l, WriteRow row) {
   for (size_t m = begin; m < end; m += B) {
     const ChromaSamples cb = ChromaAt(l.cb + m), cr = ChromaAt(l.cr + m);
     const Terms t = TermsOf(l.k, cb, cr);
-    row(LumaAt(l.y0 + 2 * m), l.d0 + kBytes * m, t, cb, cr);
-    row(LumaAt(l.y1 + 2 * m), l.d1 + kBytes * m, t, cb, cr);
+    if constexpr (kNarrow) {
+      const SummedTerms s = Summed(t);
+      row(LumaNarrow(l.y0 + 2 * m, l), l.d0 + kBytes * m, s, cb, cr);
+      row(LumaNarrow(l.y1 + 2 * m, l), l.d1 + kBytes * m, s, cb, cr);
+    } else {
+      row(LumaWide(l.y0 + 2 * m, l), l.d0 + kBytes * m, t, cb, cr);
+      row(LumaWide(l.y1 + 2 * m, l), l.d1 + kBytes * m, t, cb, cr);
+    }
   }
+}
+template <size_t kBytes, class WriteRow>
+V_INLINE void EachStep(size_t begin, size_t end, const Locals& l, WriteRow row) {
+  if (l.k.narrow.fits) return Steps<kBytes, true>(begin, end, l, row);
+  Steps<kBytes, false>(begin, end, l, row);
 }
 
 }  // namespace
 
 void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
-  EachStep<4>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
+  EachStep<4>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const auto& t, auto&, auto&) V_INLINE_LAMBDA {
     U16 px[kLumaRegs];
 #pragma GCC unroll 2
-    for (unsigned i = 0; i < kLumaRegs; ++i) px[i] = Pixels565(l.X(y.w[i]), t);
+    for (unsigned i = 0; i < kLumaRegs; ++i) px[i] = Pixels565(y.x[i], t);
     Store16s(d, px);
   });
 }
@@ -361,9 +421,10 @@ void RGB565_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
 // is a 32-bit mask per block (x86: covering both of its pixels).
 void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
-  const uint32_t ky = rp->key >> 16, kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
+  const uint16_t ky = uint16_t(rp->key >> 16);
+  const uint32_t kcb = (rp->key >> 8) & 0xFF, kcr = rp->key & 0xFF;
   EachStep<4>(begin, end, l,
-              [&](const LumaRow& y, uint8_t* d, const Terms& t, const ChromaSamples& cb,
+              [&](const LumaRow& y, uint8_t* d, const auto& t, const ChromaSamples& cb,
                   const ChromaSamples& cr) V_INLINE_LAMBDA {
 #if BLOCK_LANES
                 const I16 chroma = PackSat(As<I32>((cb.lo == kcb) & (cr.lo == kcr)),
@@ -374,8 +435,8 @@ void RGB555_VECTOR_ROW(size_t begin, size_t end, const Rgb565RowPair* rp) {
                 U16 px[kLumaRegs];
 #pragma GCC unroll 2
                 for (unsigned i = 0; i < kLumaRegs; ++i) {
-                  const I16 match = PackSat(As<I32>(y.w[i].lo == ky), As<I32>(y.w[i].hi == ky)) & chroma;
-                  px[i] = Pixels555(l.X(y.w[i]), t) & ~As<U16>(match);
+                  const I16 match = As<I16>(y.y[i] == ky) & chroma;
+                  px[i] = Pixels555(y.x[i], t) & ~As<U16>(match);
                 }
                 Store16s(d, px);
               });
@@ -388,18 +449,18 @@ namespace {
 template <class Entry>
 V_INLINE void SpreadRow(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
-  EachStep<2 * sizeof(Entry)>(
-      begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
-        U16 lo[kLumaRegs], hi[kLumaRegs];
+  EachStep<2 * sizeof(Entry)>(begin, end, l,
+                              [&](const LumaRow& y, uint8_t* d, const auto& t, auto&, auto&) V_INLINE_LAMBDA {
+                                U16 lo[kLumaRegs], hi[kLumaRegs];
 #pragma GCC unroll 2
-        for (unsigned i = 0; i < kLumaRegs; ++i) {
-          const Sums s = SumsOf(l.X(y.w[i]), t);
-          lo[i] = ((Bits(s.g, 9) & 63) << 10) | (Bits(s.b, 10) & 31);
-          hi[i] = (Bits(s.r, 9) & 63) << 5;
-        }
-        if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
-        Store64s(d, lo, hi);
-      });
+                                for (unsigned i = 0; i < kLumaRegs; ++i) {
+                                  const Sums s = SumsOf(y.x[i], t);
+                                  lo[i] = ((Bits(s.g, 9) & 63) << 10) | (Bits(s.b, 10) & 31);
+                                  hi[i] = (Bits(s.r, 9) & 63) << 5;
+                                }
+                                if (sizeof(Entry) == 4) return Store32s(d, lo, hi);
+                                Store64s(d, lo, hi);
+                              });
 }
 
 // 8-bit channels are the clamped sums >> 7: alpha | R << 16 | G << 8 | B, or
@@ -408,11 +469,11 @@ template <bool kAbgr>
 V_INLINE void Row8888(size_t begin, size_t end, const Rgb565RowPair* rp) {
   const Locals l(rp);
   const uint16_t alpha = static_cast<uint16_t>(rp->key >> 16);
-  EachStep<8>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const Terms& t, auto&, auto&) V_INLINE_LAMBDA {
+  EachStep<8>(begin, end, l, [&](const LumaRow& y, uint8_t* d, const auto& t, auto&, auto&) V_INLINE_LAMBDA {
     U16 lo[kLumaRegs], hi[kLumaRegs];
 #pragma GCC unroll 2
     for (unsigned i = 0; i < kLumaRegs; ++i) {
-      const Sums s = SumsOf(l.X(y.w[i]), t);
+      const Sums s = SumsOf(y.x[i], t);
       const U16 r = Bits(s.r, 7) & 255, g = Bits(s.g, 7) & 255, b = Bits(s.b, 7) & 255;
       lo[i] = g << 8 | (kAbgr ? r : b);
       hi[i] = alpha | (kAbgr ? b : r);
