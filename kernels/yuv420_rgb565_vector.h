@@ -119,10 +119,29 @@ V_INLINE Wide2 Widen2(const uint8_t* p) { return Widen2(vld1_u8(p)); }
 V_INLINE Wide2 Widen2(const uint8_t* p) { return {Widen(p), Widen(p + N / 4)}; }
 #endif
 
+// A term's integer form in registers, set up once a row (NEON: each with
+// one load that fills every lane).
+struct TermVectors {
+  I32 split;
+  U32 add0, add1, mul;
+#if BLOCK_LANES
+  explicit TermVectors(const ImgPrcAffineTerm& t)
+      : split(As<I32>(vld1q_dup_s32(&t.split))),
+        add0(As<U32>(vld1q_dup_s32(&t.add[0]))),
+        add1(As<U32>(vld1q_dup_s32(&t.add[1]))),
+        mul(As<U32>(vld1q_dup_s32(&t.mul[1]))) {}
+#else
+  explicit TermVectors(const ImgPrcAffineTerm& t)
+      : split(I32{} + t.split),
+        add0(U32{} + uint32_t(t.add[0])),
+        add1(U32{} + uint32_t(t.add[1])),
+        mul(U32{} + uint32_t(t.mul[1])) {}
+#endif
+};
+
 // A term's value before the shift, i * mul + the add of i's piece.
-V_INLINE I32 Affine(U32 i, const ImgPrcAffineTerm& t) {
-  const U32 add = Select(As<I32>(i) < t.split, U32{} + uint32_t(t.add[0]), U32{} + uint32_t(t.add[1]));
-  return As<I32>(i * uint32_t(t.mul[1]) + add);
+V_INLINE I32 Affine(U32 i, const TermVectors& t) {
+  return As<I32>(i * t.mul + Select(As<I32>(i) < t.split, t.add0, t.add1));
 }
 
 // The chroma samples of a step's blocks, and two terms of them saturated to
@@ -131,15 +150,14 @@ V_INLINE I32 Affine(U32 i, const ImgPrcAffineTerm& t) {
 #if BLOCK_LANES
 using ChromaSamples = Wide2;
 V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen2(p); }
-V_INLINE void ChromaTerms(const Wide2& i, const ImgPrcAffineTerm& t1, const ImgPrcAffineTerm& t2, I16* d1,
-                          I16* d2) {
+V_INLINE void ChromaTerms(const Wide2& i, const TermVectors& t1, const TermVectors& t2, I16* d1, I16* d2) {
   *d1 = PackShifted(Affine(i.lo, t1), Affine(i.hi, t1));
   *d2 = PackShifted(Affine(i.lo, t2), Affine(i.hi, t2));
 }
 #else
 using ChromaSamples = U32;
 V_INLINE ChromaSamples ChromaAt(const uint8_t* p) { return Widen(p); }
-V_INLINE void ChromaTerms(U32 i, const ImgPrcAffineTerm& t1, const ImgPrcAffineTerm& t2, I16* d1, I16* d2) {
+V_INLINE void ChromaTerms(U32 i, const TermVectors& t1, const TermVectors& t2, I16* d1, I16* d2) {
   TwiceShifted(Affine(i, t1), Affine(i, t2), d1, d2);
 }
 #endif
@@ -237,8 +255,14 @@ V_INLINE U16 Pixels555(I16 x, const T& t) {
   return (Bits(s.r, 10) << 11) | (Bits(s.g, 4) & 0x7C0) | (Bits(s.b, 9) & 0x3E) | 1;
 }
 
+// The four chroma terms' integer forms in registers.
+struct ChromaVectors {
+  TermVectors rcr, gcr, gcb, bcb;
+  explicit ChromaVectors(const ImgPrcAffineTables& k) : rcr(k.rcr), gcr(k.gcr), gcb(k.gcb), bcb(k.bcb) {}
+};
+
 // The colour terms of blocks m..m+B-1.
-V_INLINE Terms TermsOf(const ImgPrcAffineTables& k, const ChromaSamples& cb, const ChromaSamples& cr) {
+V_INLINE Terms TermsOf(const ChromaVectors& k, const ChromaSamples& cb, const ChromaSamples& cr) {
   Terms t;
   I16 gcr, gcb;
   ChromaTerms(cr, k.rcr, k.gcr, &t.rh, &gcr);
@@ -307,24 +331,26 @@ V_INLINE void Store64s(uint8_t* d, const U16 (&lo)[kLumaRegs], const U16 (&hi)[k
 #endif
 }
 
-// The row's inputs copied to locals: its stores go through byte pointers,
-// which could alias the tables in the compiler's view, and would make it
-// reload every one of them each step.
+// The row's inputs held in locals and its constants set up in registers
+// once: its stores go through byte pointers, which could alias the tables in
+// the compiler's view, and would make it reload them every step.
 struct Locals {
-  ImgPrcAffineTables k;
   const uint8_t *y0, *y1, *cb, *cr;
   uint8_t *d0, *d1;
+  ChromaVectors terms;
   uint32_t ymul, yadd;
+  ImgPrcNarrowStep narrow;
   explicit Locals(const Rgb565RowPair* rp)
-      : k(rp->ctx->affine),
-        y0(rp->y0),
+      : y0(rp->y0),
         y1(rp->y1),
         cb(rp->cb),
         cr(rp->cr),
         d0(rp->d0),
         d1(rp->d1),
-        ymul(uint32_t(k.y.mul[1])),
-        yadd(uint32_t(k.y.add[1]) - kLumaBias) {}
+        terms(rp->ctx->affine),
+        ymul(uint32_t(rp->ctx->affine.y.mul[1])),
+        yadd(uint32_t(rp->ctx->affine.y.add[1]) - kLumaBias),
+        narrow(rp->ctx->affine.narrow) {}
 };
 
 // A luma row's entries of one step in the pixel registers (x86: each less
@@ -357,7 +383,7 @@ V_INLINE LumaRow LumaWide(const uint8_t* p, const Locals& l) {
 // samples (widening multiplies, the fraction shifted in and accumulated, the
 // add saturated in with the signed-to-unsigned accumulate).
 V_INLINE LumaRow LumaNarrow(const uint8_t* p, const Locals& l) {
-  const ImgPrcNarrowStep& n = l.k.narrow;
+  const ImgPrcNarrowStep& n = l.narrow;
   constexpr int kFrac = IMGPRC_NARROW_SHIFT;
   LumaRow r;
 #if BLOCK_LANES
@@ -388,7 +414,7 @@ template <size_t kBytes, bool kNarrow, class WriteRow>
 V_INLINE void Steps(size_t begin, size_t end, const Locals& l, WriteRow row) {
   for (size_t m = begin; m < end; m += B) {
     const ChromaSamples cb = ChromaAt(l.cb + m), cr = ChromaAt(l.cr + m);
-    const Terms t = TermsOf(l.k, cb, cr);
+    const Terms t = TermsOf(l.terms, cb, cr);
     if constexpr (kNarrow) {
       const SummedTerms s = Summed(t);
       row(LumaNarrow(l.y0 + 2 * m, l), l.d0 + kBytes * m, s, cb, cr);
@@ -401,7 +427,7 @@ V_INLINE void Steps(size_t begin, size_t end, const Locals& l, WriteRow row) {
 }
 template <size_t kBytes, class WriteRow>
 V_INLINE void EachStep(size_t begin, size_t end, const Locals& l, WriteRow row) {
-  if (l.k.narrow.fits) return Steps<kBytes, true>(begin, end, l, row);
+  if (l.narrow.fits) return Steps<kBytes, true>(begin, end, l, row);
   Steps<kBytes, false>(begin, end, l, row);
 }
 
