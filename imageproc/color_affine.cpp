@@ -39,6 +39,10 @@ AddRange AddRangeFor(const TermValues& t, int a, int b, int64_t mul, int shift =
 // slope is found by ternary search over a range that holds every feasible one.
 bool FitPiece(const TermValues& t, int a, int b, int32_t* mul, int32_t* add,
               const int32_t* onlyMul = nullptr) {
+  if (a >= b) {  // a split after the last index leaves piece 1 empty: any form
+    *mul = onlyMul != nullptr ? *onlyMul : 0, *add = 0;
+    return true;
+  }
   int first = -1, last = -1;
   for (int i = a; i < b; ++i)
     if (t.v[i] > t.lo && t.v[i] < t.hi) {
