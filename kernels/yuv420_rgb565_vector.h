@@ -16,7 +16,9 @@
 // packed entries, that is 2 x high half + the sign bit of the low half, added
 // as high half + (high half + sign bit); green is the 16-bit sum of the low
 // halves (carry dropped) added twice. Saturating in two same-signed steps
-// gives the clamp of the whole sum.
+// gives the clamp of the whole sum. Where the tables have a narrow form
+// (imageproc/color_affine.h), luma comes from 16-bit products instead and
+// red's and green's terms are summed before they meet it, one add each.
 #include <string.h>
 
 #include "imageproc/color_affine.h"
@@ -119,24 +121,15 @@ V_INLINE Wide2 Widen2(const uint8_t* p) { return Widen2(vld1_u8(p)); }
 V_INLINE Wide2 Widen2(const uint8_t* p) { return {Widen(p), Widen(p + N / 4)}; }
 #endif
 
-// A term's integer form in registers, set up once a row (NEON: each with
-// one load that fills every lane).
+// A term's integer form in registers, set up once a row.
 struct TermVectors {
   I32 split;
   U32 add0, add1, mul;
-#if BLOCK_LANES
-  explicit TermVectors(const ImgPrcAffineTerm& t)
-      : split(As<I32>(vld1q_dup_s32(&t.split))),
-        add0(As<U32>(vld1q_dup_s32(&t.add[0]))),
-        add1(As<U32>(vld1q_dup_s32(&t.add[1]))),
-        mul(As<U32>(vld1q_dup_s32(&t.mul[1]))) {}
-#else
   explicit TermVectors(const ImgPrcAffineTerm& t)
       : split(I32{} + t.split),
         add0(U32{} + uint32_t(t.add[0])),
         add1(U32{} + uint32_t(t.add[1])),
         mul(U32{} + uint32_t(t.mul[1])) {}
-#endif
 };
 
 // A term's value before the shift, i * mul + the add of i's piece.
