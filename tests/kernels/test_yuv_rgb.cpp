@@ -324,6 +324,13 @@ TEST(Rgb565VectorRow, TablesThatAreNotAffineKeepTheLookups) {
   std::fill(random.cb.begin(), random.cb.end(), 0), std::fill(random.cr.begin(), random.cr.end(), 0);
   EXPECT_FALSE(
       ImgPrcFitAffineTables(random.y.data(), random.cb.data(), random.cr.data(), &random.ctx.affine));
+  // Affine green halves whose doubled sum leaves 16 bits above or below keep the 32-bit form.
+  for (int slope : {60, -60}) {
+    Tables steep(0, 0, 128, 128, 128);
+    for (int i = 0; i < 256; ++i) steep.cb[i] = steep.cr[i] = Tables::Pack(0, slope * i - slope * 5);
+    EXPECT_TRUE(ImgPrcFitAffineTables(steep.y.data(), steep.cb.data(), steep.cr.data(), &steep.ctx.affine));
+    EXPECT_EQ(0, steep.ctx.affine.narrow.fits) << slope;
+  }
 }
 
 // ---- Through the frame call: the resize case picks the member ---------------
